@@ -1,0 +1,178 @@
+#include "QuelmarEngine/JsonPointer.h"
+
+#include <cstring>
+#include <Corrade/Utility/Assert.h>
+
+namespace QuelmarEngine {
+
+namespace {
+
+rapidjson::Value::MemberIterator memberIterator(rapidjson::Value& object, const Containers::StringView name) {
+    const rapidjson::SizeType length = rapidjson::SizeType(name.size());
+    const auto end = object.MemberEnd();
+    for(auto it = object.MemberBegin(); it != end; ++it) {
+        const rapidjson::Value& memberName = it->name;
+        if(memberName.GetStringLength() == length && std::memcmp(memberName.GetString(), name.data(), length) == 0)
+            return it;
+    }
+    return end;
+}
+
+}
+
+rapidjson::Value* findMember(rapidjson::Value& object, const Containers::StringView name) {
+    const auto it = memberIterator(object, name);
+    return it == object.MemberEnd() ? nullptr : &it->value;
+}
+
+const rapidjson::Value* findMember(const rapidjson::Value& object, const Containers::StringView name) {
+    return findMember(const_cast<rapidjson::Value&>(object), name);
+}
+
+void appendPointerToken(std::string& path, const Containers::StringView name) {
+    path += '/';
+    for(std::size_t i = 0; i != name.size(); ++i) {
+        const char c = name.data()[i];
+        if(c == '~') path += "~0";
+        else if(c == '/') path += "~1";
+        else path += c;
+    }
+}
+
+JsonPointer::JsonPointer(const Containers::StringView path) {
+    const char* const data = path.data();
+    const std::size_t size = path.size();
+    if(size && data[0] != '/') {
+        _errorOffset = 0;
+        return;
+    }
+
+    /* Unescape every token into one buffer first, then point the tokens into
+       it, so that growing the buffer can't leave them dangling */
+    std::vector<std::pair<std::size_t, std::size_t>> ranges;
+    _names.reserve(size);
+    std::size_t i = 0;
+    while(i < size) {
+        ++i; /* the "/" */
+        const std::size_t begin = _names.size();
+        while(i < size && data[i] != '/') {
+            char c = data[i++];
+            if(c == '~') {
+                if(i == size || (data[i] != '0' && data[i] != '1')) {
+                    _errorOffset = i;
+                    _names.clear();
+                    return;
+                }
+                c = data[i++] == '0' ? '~' : '/';
+            }
+            _names += c;
+        }
+        ranges.emplace_back(begin, _names.size() - begin);
+    }
+
+    _tokens.reserve(ranges.size());
+    for(const auto& range: ranges) {
+        const Containers::StringView name{_names.data() + range.first, range.second};
+        /* Digits only, no leading zero, fits in 32 bits */
+        const char* const digits = name.data();
+        std::uint64_t index = name.size() && name.size() <= 10 && (name.size() == 1 || digits[0] != '0') ? 0 : InvalidIndex;
+        for(std::size_t j = 0; j != name.size() && index != InvalidIndex; ++j) {
+            if(digits[j] < '0' || digits[j] > '9') index = InvalidIndex;
+            else index = index*10 + std::uint64_t(digits[j] - '0');
+        }
+        if(index > InvalidIndex) index = InvalidIndex;
+        _tokens.push_back({name, std::uint32_t(index)});
+    }
+    _valid = true;
+}
+
+const rapidjson::Value* JsonPointer::get(const rapidjson::Value& root) const {
+    return get(const_cast<rapidjson::Value&>(root));
+}
+
+rapidjson::Value* JsonPointer::get(rapidjson::Value& root) const {
+    CORRADE_ASSERT(_valid, "JsonPointer::get(): invalid pointer", nullptr);
+    rapidjson::Value* v = &root;
+    for(const Token& t: _tokens) {
+        if(v->IsObject()) {
+            v = findMember(*v, t.name);
+            if(!v) return nullptr;
+        } else if(v->IsArray()) {
+            if(t.index == InvalidIndex || t.index >= v->Size()) return nullptr;
+            v = &(*v)[t.index];
+        } else return nullptr;
+    }
+    return v;
+}
+
+rapidjson::Value& JsonPointer::create(rapidjson::Value& root, JsonAllocator& allocator, bool* const alreadyExists) const {
+    CORRADE_ASSERT(_valid, "JsonPointer::create(): invalid pointer", root);
+    rapidjson::Value* v = &root;
+    bool exists = true;
+    for(const Token& t: _tokens) {
+        if(v->IsArray() && t.name.size() == 1 && t.name.data()[0] == '-') {
+            v->PushBack(rapidjson::Value{}, allocator);
+            v = &(*v)[v->Size() - 1];
+            exists = false;
+            continue;
+        }
+
+        if(t.index == InvalidIndex) {
+            if(!v->IsObject()) v->SetObject();
+        } else if(!v->IsArray() && !v->IsObject())
+            v->SetArray();
+
+        if(v->IsArray()) {
+            if(t.index >= v->Size()) {
+                v->Reserve(t.index + 1, allocator);
+                while(t.index >= v->Size())
+                    v->PushBack(rapidjson::Value{}, allocator);
+                exists = false;
+            }
+            v = &(*v)[t.index];
+        } else {
+            rapidjson::Value* member = findMember(*v, t.name);
+            if(!member) {
+                v->AddMember(rapidjson::Value{t.name.data(), rapidjson::SizeType(t.name.size()), allocator}, rapidjson::Value{}, allocator);
+                member = &(v->MemberEnd() - 1)->value;
+                exists = false;
+            }
+            v = member;
+        }
+    }
+    if(alreadyExists) *alreadyExists = exists;
+    return *v;
+}
+
+bool JsonPointer::erase(rapidjson::Value& root) const {
+    CORRADE_ASSERT(_valid, "JsonPointer::erase(): invalid pointer", false);
+    if(_tokens.empty()) return false;
+
+    rapidjson::Value* v = &root;
+    for(std::size_t i = 0; i + 1 < _tokens.size(); ++i) {
+        const Token& t = _tokens[i];
+        if(v->IsObject()) {
+            v = findMember(*v, t.name);
+            if(!v) return false;
+        } else if(v->IsArray()) {
+            if(t.index == InvalidIndex || t.index >= v->Size()) return false;
+            v = &(*v)[t.index];
+        } else return false;
+    }
+
+    const Token& last = _tokens.back();
+    if(v->IsObject()) {
+        const auto it = memberIterator(*v, last.name);
+        if(it == v->MemberEnd()) return false;
+        v->EraseMember(it);
+        return true;
+    }
+    if(v->IsArray()) {
+        if(last.index == InvalidIndex || last.index >= v->Size()) return false;
+        v->Erase(v->Begin() + last.index);
+        return true;
+    }
+    return false;
+}
+
+}

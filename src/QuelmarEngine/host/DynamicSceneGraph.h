@@ -1,0 +1,108 @@
+#ifndef QuelmarEngine_host_DynamicSceneGraph_h
+#define QuelmarEngine_host_DynamicSceneGraph_h
+/* The live object hierarchy in depth-first order, with the maps between
+   object indices and positions, the object keys and the world placement of
+   every position. */
+
+#include <Corrade/Containers/Array.h>
+#include <Corrade/Containers/ArrayView.h>
+#include <Corrade/Containers/Pointer.h>
+#include <Magnum/Magnum.h>
+#include <Magnum/Math/DualQuaternion.h>
+#include <Magnum/Math/Matrix4.h>
+#include <Magnum/Math/Vector3.h>
+
+#include "QuelmarEngine/host/RefreshHook.h"
+#include "QuelmarEngine/host/StringArray.h"
+
+namespace QuelmarEngine { namespace Data {
+
+/**
+@brief Scene hierarchy with object indices of type @p T
+
+Positions are depth-first pre-order: the root is at position 0 and an object
+at position p with d descendants has them, and only them, at positions p + 1
+to p + d. Every read first calls the refresh hook, through which the host
+rebuilds a graph that no longer matches the document.
+*/
+template<class T> class DynamicSceneGraph {
+    public:
+        struct Header {
+            /** Number of positions, the root included */
+            T objectCount;
+        };
+
+        struct Hierarchy {
+            /** Position of the parent; 0 for the root itself */
+            T parent;
+            /** Distance from the root */
+            T depth;
+            /** Number of positions in the subtree below, children and their descendants */
+            T descendants;
+            /** Number of direct children */
+            T childCount;
+        };
+
+        /** A graph with no header; it holds nothing until @ref setup() */
+        DynamicSceneGraph();
+        ~DynamicSceneGraph();
+
+        DynamicSceneGraph(const DynamicSceneGraph&) = delete;
+        DynamicSceneGraph& operator=(const DynamicSceneGraph&) = delete;
+
+        /** The header; a graph without one is a fatal error */
+        const Header& header() const;
+
+        /** One record per position */
+        Containers::ArrayView<const Hierarchy> hierarchy() const;
+
+        /** Object index at each position */
+        Containers::ArrayView<const T> positionToIndex() const;
+
+        /** Position of each object index; 0 for an index that is in no position */
+        Containers::ArrayView<const T> indexToPosition() const;
+
+        /** Object key of each object index; empty for the root and unused indices */
+        const StringArrayView& objectKeys() const;
+
+        /** Local transformation of each position */
+        Containers::ArrayView<const Magnum::Math::Matrix4<Magnum::Float>> localTransformations() const;
+
+        /** World rotation and translation of each position, after @ref computeAbsoluteTransformations() */
+        Containers::ArrayView<const Magnum::Math::DualQuaternion<Magnum::Float>> absoluteTransformations() const;
+
+        /** World scaling of each position, after @ref computeAbsoluteTransformations() */
+        Containers::ArrayView<const Magnum::Math::Vector3<Magnum::Float>> absoluteScalings() const;
+
+        /** Brings the world placement of every position up to date from the hierarchy */
+        void computeAbsoluteTransformations();
+
+        /** What every read calls first */
+        void setRefreshHook(RefreshHook hook) { _refresh = hook; }
+
+        /**
+         * @brief Replaces the whole graph
+         *
+         * Expects @p hierarchy, @p positionToIndex and @p localTransformations
+         * to have one entry per position, and @p indexToPosition and
+         * @p objectKeys one per object index.
+         */
+        void setup(Containers::Array<Hierarchy>&& hierarchy, Containers::Array<T>&& positionToIndex, Containers::Array<T>&& indexToPosition, StringArray&& objectKeys, Containers::Array<Magnum::Math::Matrix4<Magnum::Float>>&& localTransformations);
+
+    private:
+        RefreshHook _refresh;
+        Containers::Pointer<Header> _header;
+        Containers::Array<Hierarchy> _hierarchy;
+        Containers::Array<T> _positionToIndex;
+        Containers::Array<T> _indexToPosition;
+        StringArray _objectKeys;
+        Containers::Array<Magnum::Math::Matrix4<Magnum::Float>> _localTransformations;
+        Containers::Array<Magnum::Math::DualQuaternion<Magnum::Float>> _absoluteTransformations;
+        Containers::Array<Magnum::Math::Vector3<Magnum::Float>> _absoluteScalings;
+};
+
+extern template class DynamicSceneGraph<unsigned short>;
+
+}}
+
+#endif

@@ -1,0 +1,99 @@
+#ifndef QuelmarEngine_host_ProjectFile_h
+#define QuelmarEngine_host_ProjectFile_h
+/* The project file: the project document, loading and atomic saving, key
+   generation, and the root accessor that the tools start from. */
+
+#include <functional>
+#include <Corrade/Containers/Pointer.h>
+#include <Corrade/Containers/String.h>
+#include <Corrade/Containers/StringView.h>
+#include <rapidjson/document.h>
+
+#include "QuelmarEngine/host/JsonObject.h"
+
+namespace QuelmarEngine {
+
+/**
+@brief The project document and what the tools need of it
+
+Also the @ref ValueAccess on the document's root. Not copyable or movable, as
+accessors made from it point back to it.
+*/
+class ProjectFile: public ValueAccess {
+    public:
+        /** Deepest nesting of arrays and objects that a loaded text may have */
+        static constexpr unsigned MaxDepth = 256;
+
+        /** Holds the empty document @cb{.json} {} @ce */
+        ProjectFile();
+        ~ProjectFile() override;
+
+        ProjectFile(const ProjectFile&) = delete;
+        ProjectFile& operator=(const ProjectFile&) = delete;
+
+        /**
+         * @brief Replaces the document by one parsed from @p json
+         *
+         * Refuses text that is not JSON, is nested deeper than @ref MaxDepth,
+         * whose root is not an object, whose "objects" or "skins" are not
+         * objects, or whose top-level names or record keys hold "/", "~",
+         * "\"", "\\" or a control character. A refusal prints one line
+         * through @ref Utility::Error and returns false; the document stays
+         * as it was.
+         */
+        bool loadFromString(Containers::StringView json);
+
+        /** As @ref loadFromString(), reading the file at @p path */
+        bool loadFromFile(Containers::StringView path);
+
+        /**
+         * @brief Writes the document to @p path atomically
+         *
+         * Writes a temporary file beside the target, syncs it and renames it
+         * over the target. On failure prints one line through
+         * @ref Utility::Error, returns false and leaves the target as it was.
+         */
+        bool saveToFile(Containers::StringView path) const;
+
+        /** The document as compact JSON text */
+        Containers::String toJson() const;
+
+        /**
+         * @brief A fresh key
+         *
+         * No resource map holds it and no earlier call returned it. Keys are
+         * a per-session prefix and a counter in base 36, so that they sort by
+         * creation.
+         */
+        Containers::String generateId();
+
+        /** Makes @ref generateId() return what @p generator returns; an empty one restores the default */
+        void setIdGenerator(std::function<Containers::String()> generator);
+
+        /** A record of the map @p type whose "name" is @p name, or @cpp nullptr @ce */
+        const rapidjson::Value* resourceByName(const Containers::String& type, const Containers::String& name) const;
+
+        /**
+         * @brief The value at the JSON Pointer @p path, or @cpp nullptr @ce
+         *
+         * Hosts with a schema may give defaults for absent values when
+         * @p useDefaults is set; this host has none, so the flag changes
+         * nothing.
+         */
+        rapidjson::Value* getValue(const char* path, bool useDefaults) const;
+
+        /** The document's allocator */
+        virtual JsonAllocator& allocator();
+
+        /** The document; null only when a host unset it */
+        Containers::Pointer<rapidjson::Document> document;
+
+    private:
+        std::function<Containers::String()> _idGenerator;
+        Containers::String _idPrefix;
+        unsigned long long _idCounter{};
+};
+
+}
+
+#endif

@@ -1,0 +1,264 @@
+#include "QuelmarEngine/host/QuelmarEditor.h"
+
+#include <cstring>
+#include <string>
+#include <Corrade/Containers/ArrayView.h>
+#include <Corrade/Containers/String.h>
+#include <Corrade/Utility/Debug.h>
+#include <Corrade/Utility/DebugStl.h>
+
+#include "QuelmarEngine/ChangeHandler.h"
+#include "QuelmarEngine/JsonPointer.h"
+
+namespace QuelmarEngine {
+
+namespace {
+
+constexpr unsigned short NoIndex = 0xffff;
+
+void refreshEditor(void* editor) {
+    static_cast<QuelmarEditor*>(editor)->refresh();
+}
+
+typedef Magnum::Math::Matrix4<Magnum::Float> Matrix4;
+
+/* The record's local matrix; identity when it has none, and with a warning
+   when what it has isn't sixteen numbers */
+Matrix4 localTransformation(const rapidjson::Value& record, const char* key) {
+    const rapidjson::Value* const value = record.IsObject() ? findMember(record, "transformation") : nullptr;
+    Matrix4 out;
+    if(!value) return out;
+    bool valid = value->IsArray() && value->Size() == 16;
+    for(rapidjson::SizeType i = 0; valid && i != 16; ++i) {
+        const rapidjson::Value& number = (*value)[i];
+        valid = number.IsNumber();
+        if(valid) out[i/4][i % 4] = float(number.GetDouble());
+    }
+    if(valid) return out;
+    Utility::Warning{} << "Object" << key << "has a transformation that is not 16 numbers, using the identity";
+    return Matrix4{};
+}
+
+}
+
+QuelmarEditor::QuelmarEditor():
+    scene{Containers::pointer<Scene>()},
+    changeManager{Containers::pointer<ChangeManager>(data.project)},
+    objectLookup{Containers::pointer<ObjectLookup>()}
+{
+    scene->sceneGraph = Containers::pointer<Data::DynamicSceneGraph<unsigned short>>();
+    reset();
+}
+
+QuelmarEditor::~QuelmarEditor() = default;
+
+bool QuelmarEditor::loadFromString(const Containers::StringView json) {
+    if(!data.project.loadFromString(json)) return false;
+    reset();
+    return true;
+}
+
+bool QuelmarEditor::loadFromFile(const Containers::StringView path) {
+    if(!data.project.loadFromFile(path)) return false;
+    reset();
+    return true;
+}
+
+void QuelmarEditor::reset() {
+    changeManager->reset(data.project);
+    /* A fresh history matches the file as it was opened */
+    changeManager->markSave();
+    changeManager->addChangeHandler("", [](const Change&, Containers::ArrayView<const Containers::String> path, void* self) {
+        /* The graph is made from "objects" alone; the root path has one
+           component, everything else starts with an empty one */
+        if(path.size() < 2 || std::strcmp(path[1].data(), "objects") == 0)
+            static_cast<QuelmarEditor*>(self)->_dirty = true;
+    }, this);
+
+    const RefreshHook hook{refreshEditor, this};
+    data.setRefreshHook(hook);
+    scene->sceneGraph->setRefreshHook(hook);
+    objectLookup->setRefreshHook(hook);
+
+    objectLookup->storedKeyToIndex().clear();
+    _indexCount = 1;
+    _freeIndices.clear();
+    _seen.clear();
+    data.resizeSelection(0);
+    _dirty = true;
+    refresh();
+}
+
+void QuelmarEditor::refresh() {
+    /* A host that took a part away gets the fatal error where a command
+       reaches for it, not here */
+    if(!_dirty || _rebuilding || !scene || !scene->sceneGraph || !objectLookup) return;
+    _rebuilding = true;
+    _dirty = false;
+    rebuild();
+    _rebuilding = false;
+}
+
+void QuelmarEditor::rebuild() {
+    ++_rebuildCount;
+    ObjectKeyMap& keyToIndex = objectLookup->storedKeyToIndex();
+    const rapidjson::Value* objects = findMember(*data.project.document, "objects");
+    if(objects && !objects->IsObject()) objects = nullptr;
+    const std::size_t recordCount = objects ? objects->MemberCount() : 0;
+
+    /* Give every record an index, keeping the ones its key had */
+    ++_generation;
+    std::vector<unsigned short> recordIndex(recordCount);
+    for(std::size_t r = 0; r != recordCount; ++r) {
+        const rapidjson::Value& name = (objects->MemberBegin() + r)->name;
+        unsigned short& index = keyToIndex[Containers::String{name.GetString(), name.GetStringLength()}];
+        if(!index) {
+            if(!_freeIndices.empty()) {
+                index = _freeIndices.back();
+                _freeIndices.pop_back();
+            } else if(_indexCount <= MaxObjects) {
+                index = (unsigned short)(_indexCount++);
+            } else {
+                Utility::Warning{} << "Object" << name.GetString() << "is left out of the scene, a project can have at most" << MaxObjects << "objects";
+                continue;
+            }
+        }
+        if(_seen.size() < _indexCount) _seen.resize(_indexCount);
+        _seen[index] = _generation;
+        recordIndex[r] = index;
+    }
+
+    /* Forget keys that no longer name a record, and keys that a lookup
+       entered with index 0 */
+    data.resizeSelection(_indexCount);
+    _seen.resize(_indexCount);
+    for(auto it = keyToIndex.begin(); it != keyToIndex.end(); ) {
+        const unsigned short index = it->second;
+        if(index && _seen[index] == _generation) {
+            ++it;
+            continue;
+        }
+        if(index) _freeIndices.push_back(index);
+        it = keyToIndex.erase(it);
+    }
+
+    /* Per index: record, parent, flag, order in the map */
+    const std::size_t indexCount = _indexCount;
+    std::vector<const rapidjson::Value*> record(indexCount);
+    std::vector<const char*> key(indexCount, "");
+    std::vector<unsigned short> parent(indexCount, 0);
+    std::vector<std::size_t> order(indexCount, 0);
+    std::vector<char> deleted(indexCount, 0);
+    for(std::size_t r = 0; r != recordCount; ++r) if(const unsigned short index = recordIndex[r]) {
+        const auto member = objects->MemberBegin() + r;
+        record[index] = &member->value;
+        key[index] = member->name.GetString();
+        order[index] = r;
+        if(!member->value.IsObject()) continue;
+        const rapidjson::Value* const flag = findMember(member->value, "deleted");
+        deleted[index] = flag && flag->IsBool() && flag->GetBool();
+        const rapidjson::Value* const parentKey = findMember(member->value, "parent");
+        if(parentKey && parentKey->IsString() && parentKey->GetStringLength()) {
+            const auto found = keyToIndex.find(Containers::String{parentKey->GetString(), parentKey->GetStringLength()});
+            if(found != keyToIndex.end()) parent[index] = found->second;
+        }
+    }
+
+    /* Break parent cycles: walk up from every object; a walk that comes back
+       onto itself has found a cycle, which is hung under the root at its
+       member that comes first in the map */
+    {
+        enum: char { Unvisited, OnPath, Done };
+        std::vector<char> state(indexCount, Unvisited);
+        state[0] = Done;
+        std::vector<unsigned short> path;
+        for(std::size_t r = 0; r != recordCount; ++r) {
+            unsigned short current = recordIndex[r];
+            if(!current || state[current] == Done) continue;
+            path.clear();
+            while(state[current] == Unvisited) {
+                state[current] = OnPath;
+                path.push_back(current);
+                current = parent[current];
+            }
+            if(state[current] == OnPath) {
+                std::size_t first = path.size();
+                while(path[first - 1] != current) --first;
+                --first;
+                unsigned short earliest = current;
+                std::string members;
+                for(std::size_t i = first; i != path.size(); ++i) {
+                    if(order[path[i]] < order[earliest]) earliest = path[i];
+                    members += (members.empty() ? "" : ", ") + std::string{key[path[i]]};
+                }
+                Utility::Warning{} << "Objects " + members + " are parents of each other, showing " + key[earliest] + " under the root";
+                parent[earliest] = 0;
+            }
+            for(const unsigned short index: path) state[index] = Done;
+        }
+    }
+
+    /* Children in map order */
+    std::vector<unsigned short> firstChild(indexCount, NoIndex), lastChild(indexCount, NoIndex), nextSibling(indexCount, NoIndex);
+    for(std::size_t r = 0; r != recordCount; ++r) if(const unsigned short index = recordIndex[r]) {
+        const unsigned short p = parent[index];
+        if(lastChild[p] == NoIndex) firstChild[p] = index;
+        else nextSibling[lastChild[p]] = index;
+        lastChild[p] = index;
+    }
+
+    /* Depth-first pre-order, leaving out deleted objects with everything
+       below them */
+    std::vector<unsigned short> positionIndex{0}, positionParent{0}, positionDepth{0};
+    std::vector<unsigned short> positionOf(indexCount, 0);
+    std::vector<unsigned short> cursor(indexCount, NoIndex);
+    {
+        std::vector<unsigned short> stack{0};
+        cursor[0] = firstChild[0];
+        while(!stack.empty()) {
+            const unsigned short node = stack.back();
+            const unsigned short child = cursor[node];
+            if(child == NoIndex) {
+                stack.pop_back();
+                continue;
+            }
+            cursor[node] = nextSibling[child];
+            if(deleted[child]) continue;
+            positionOf[child] = (unsigned short)positionIndex.size();
+            positionIndex.push_back(child);
+            positionParent.push_back(positionOf[node]);
+            positionDepth.push_back((unsigned short)(positionDepth[positionOf[node]] + 1));
+            cursor[child] = firstChild[child];
+            stack.push_back(child);
+        }
+    }
+
+    const std::size_t positionCount = positionIndex.size();
+    Containers::Array<Data::DynamicSceneGraph<unsigned short>::Hierarchy> hierarchy{positionCount};
+    Containers::Array<unsigned short> positionToIndex{positionCount};
+    Containers::Array<Matrix4> local{positionCount};
+    for(std::size_t p = 0; p != positionCount; ++p) {
+        hierarchy[p].parent = positionParent[p];
+        hierarchy[p].depth = positionDepth[p];
+        positionToIndex[p] = positionIndex[p];
+        if(p) local[p] = localTransformation(*record[positionIndex[p]], key[positionIndex[p]]);
+    }
+    /* Positions are pre-order, so every subtree is summed before its parent */
+    for(std::size_t p = positionCount - 1; p > 0; --p) {
+        hierarchy[positionParent[p]].descendants += hierarchy[p].descendants + 1;
+        ++hierarchy[positionParent[p]].childCount;
+    }
+
+    Containers::Array<unsigned short> indexToPosition{indexCount};
+    StringArray objectKeys{indexCount};
+    for(std::size_t i = 0; i != indexCount; ++i) {
+        indexToPosition[i] = positionOf[i];
+        objectKeys.add(key[i]);
+        /* Objects that are in no position can't stay selected */
+        if(i && !positionOf[i]) data.selectObject(Data::Id((unsigned short)i), false);
+    }
+
+    scene->sceneGraph->setup(std::move(hierarchy), std::move(positionToIndex), std::move(indexToPosition), std::move(objectKeys), std::move(local));
+}
+
+}
