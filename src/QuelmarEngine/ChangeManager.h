@@ -1,0 +1,204 @@
+#ifndef QuelmarEngine_ChangeManager_h
+#define QuelmarEngine_ChangeManager_h
+/* The edit history of the project document: change records, pushing them,
+   change groups, the save mark, applying, undo and redo, change handlers. */
+
+#include <cstddef>
+#include <cstdint>
+#include <Corrade/Containers/Array.h>
+#include <Corrade/Containers/Pointer.h>
+#include <Corrade/Utility/Debug.h>
+#include <rapidjson/document.h>
+
+#include "QuelmarEngine/QuelmarEngine.h"
+#include "QuelmarEngine/ChangeHandler.h"
+#include "QuelmarEngine/StaticMap.h"
+
+namespace QuelmarEngine {
+
+/**
+@brief One record of the history
+
+No @ref oldValue means the change creates the value, no @ref newValue that it
+removes it, both that it replaces it. The values are owned; what they hold
+lives in the document's pool allocator.
+*/
+struct Change {
+    Change() noexcept: group{-1} {}
+
+    /** Takes the path and values, leaving them empty in @p other; copies the group */
+    Change(Change&& other) noexcept;
+
+    /** Exchanges path and values with @p other and copies its group */
+    Change& operator=(Change&& other) noexcept;
+
+    Change(const Change&) = delete;
+    Change& operator=(const Change&) = delete;
+
+    /* Members are destroyed in reverse order: newValue, oldValue, path */
+
+    /** JSON Pointer text followed by a zero byte, which the size counts */
+    Containers::Array<char> path;
+    Containers::Pointer<rapidjson::Value> oldValue;
+    Containers::Pointer<rapidjson::Value> newValue;
+    /** Group open at the push, or -1 */
+    std::int32_t group;
+};
+
+/** Prints e.g. `Change /objects/a/name: "A" -> "B"` or `Create /x: () -> 1` */
+Utility::Debug& operator<<(Utility::Debug& debug, const Change& change);
+
+/**
+@brief Undo history of a project document
+
+Every push records the change with copies of the old and the new value and
+applies it at once. Records pushed between @ref beginGroup() and
+@ref commit() form one undo step and reach the handlers at the commit; other
+changes reach them when applied. Handlers must not push changes.
+*/
+class ChangeManager {
+    public:
+        /** A manager without a project; @ref reset() gives it one */
+        ChangeManager();
+
+        /** A manager on @p project, which has to outlive it */
+        explicit ChangeManager(ProjectFile& project);
+
+        ChangeManager(const ChangeManager&) = delete;
+        ChangeManager& operator=(const ChangeManager&) = delete;
+        ~ChangeManager();
+
+        /**
+         * @brief Switches to @p project
+         *
+         * Destroys the history and every handler. The save mark and the group
+         * state stay.
+         */
+        void reset(ProjectFile& project);
+
+        /** The project document's allocator. Expects a project. */
+        JsonAllocator& allocator();
+
+        /**
+         * @brief Pushes a change of @p path to @p value
+         *
+         * A null @p value removes. @p path has to hold a valid JSON Pointer
+         * followed by a zero byte; it is exchanged with the path the reused
+         * history slot held (nothing for a new slot), or left alone when the
+         * push merges. With @p merge, a record of the open group (or of the
+         * newest ungrouped run) with the same path, other than the very first
+         * record, takes the new value, keeps its old one and becomes the
+         * newest. Expects a project.
+         */
+        void pushChange(Containers::Array<char>&& path, const rapidjson::Value* value, bool merge);
+        void pushChange(const char* path, const rapidjson::Value& value, bool merge);
+
+        /** Pushes a JSON string holding a copy of @p value */
+        void pushChange(const char* path, const char* value, bool merge);
+
+        /** As above with the text of @p path, which is neither taken nor changed */
+        void pushChange(Containers::Array<char>&& path, const char* value, bool merge);
+
+        /** Pushes the removal of @p path */
+        void pushRemoval(const char* path);
+        void pushRemoval(Containers::Array<char>&& path);
+
+        /**
+         * @brief Pushes the array at @p path with a string appended
+         *
+         * A value that is absent or not an array counts as an empty array.
+         * One change of the whole array.
+         */
+        void pushAppend(const char* path, const char* value);
+
+        /** Opens a new group; an open one is left without a commit */
+        void beginGroup();
+
+        /** Closes the group and notifies the handlers of its records, newest first */
+        void commit();
+
+        /** Whether a group is open */
+        bool isGroupOpen() const { return _group != -1; }
+
+        /** The newest applied record. Expects there is one. */
+        Change& lastChange();
+
+        /** Number of records, the undone ones included */
+        std::size_t changeCount() const { return _changes.size(); }
+
+        /** Record @p i, oldest first */
+        const Change& change(std::size_t i) const;
+
+        /** Index of the newest applied record, -1 for none */
+        int lastChangeIndex() const { return _lastChange; }
+
+        /** The value of @ref lastChangeIndex() at the last save, or -1 */
+        int savedChangeIndex() const { return _savedChange; }
+
+        /** Whether there is an applied record */
+        bool canUndo() const { return _lastChange >= 0; }
+
+        /** Whether there is an undone record */
+        bool canRedo() const { return _lastChange + 1 < int(_changes.size()); }
+
+        /** Remembers the current history position as the saved one */
+        void markSave();
+
+        /** Whether the history position differs from the saved one */
+        bool hasUnsavedChanges() const;
+
+        /**
+         * @brief Writes @p change into the document
+         *
+         * Notifies the handlers when no group is open. Removal erases the
+         * containers it leaves empty up to, but never including, a top-level
+         * member. Creation under an index key inserts into the array; a
+         * negative index key inserts at position 0. A removal that carries
+         * an old value and whose last token is "-" (or a negative index key)
+         * on an array removes the last (or the first) element, so that it
+         * takes back what the creation through that path added. Does not
+         * touch the history. Expects a project.
+         */
+        void applyChange(const Change& change);
+
+        /** The inverse of @p change: same path, values exchanged, no group */
+        Change reverse(const Change& change);
+
+        /** Applies @ref reverse() of @p change and steps the history back by one */
+        void undo(const Change& change);
+
+        /** Undoes the newest applied record or group. Expects no open group. */
+        void undoLast();
+
+        /** Redoes the next undone record or group. Expects no open group. */
+        void redoLastUndo();
+
+        /**
+         * @brief Registers @p handler under @p key
+         *
+         * The manager takes over the handler. @p key is not copied and has to
+         * outlive the registration.
+         */
+        void addChangeHandler(const char* key, Containers::Pointer<ChangeHandler>&& handler);
+        void addChangeHandler(const char* key, FunctionChangeHandler::Function function, void* userData);
+
+        /** The registered handlers */
+        const StaticMap<Containers::Pointer<ChangeHandler>>& handlers() const { return _handlers; }
+
+    private:
+        void notify(const Change& change);
+
+        std::int32_t _lastChange;
+        std::int32_t _savedChange;
+        std::int32_t _group;
+        /* Reset when a group opens; kept for hosts, never read here */
+        std::uint64_t _groupWord;
+        std::int32_t _groupCounter;
+        ProjectFile* _project;
+        Containers::Array<Change> _changes;
+        StaticMap<Containers::Pointer<ChangeHandler>> _handlers;
+};
+
+}
+
+#endif
