@@ -28,7 +28,9 @@ struct JsonParseError {
 
 Accepts exactly what the default RapidJSON parse accepts (no comments, no
 trailing commas, nothing but whitespace after the root value), but parses
-iteratively and refuses nesting deeper than @p maxDepth. A NUL byte inside
+iteratively, refuses nesting deeper than @p maxDepth and converts numbers with
+full precision, so that every number written by the printer reads back the
+same. A NUL byte inside
 @p text is an error. On failure fills @p error, leaves @p document null and
 returns false.
 */

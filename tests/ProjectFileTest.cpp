@@ -1,0 +1,216 @@
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <gtest/gtest.h>
+#include <Corrade/Utility/Debug.h>
+
+#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/host/ProjectFile.h"
+
+using namespace QuelmarEngine;
+
+namespace {
+
+std::string text(const char* value) {
+    return value ? value : "(null)";
+}
+
+std::string readFile(const std::string& path) {
+    std::ifstream file{path, std::ios::binary};
+    std::ostringstream out;
+    out << file.rdbuf();
+    return out.str();
+}
+
+struct TemporaryFolder {
+    TemporaryFolder() {
+        char name[] = "/tmp/ProjectFileTest.XXXXXX";
+        path = mkdtemp(name);
+    }
+    ~TemporaryFolder() {
+        std::system(("rm -rf " + path).data());
+    }
+    std::string path;
+};
+
+TEST(ProjectFileTest, LoadRefusalsKeepTheDocument) {
+    const struct {
+        const char* name;
+        std::string json;
+        const char* message;
+    } data[]{
+        {"not JSON", "{\"objects\":", "Can't load the project: invalid JSON at byte 11: Invalid value.\n"},
+        {"root array", "[]", "Can't load the project: the root is not a JSON object\n"},
+        {"objects not an object", R"({"objects":[]})", "Can't load the project: \"objects\" is not a JSON object\n"},
+        {"skins not an object", R"({"skins":1})", "Can't load the project: \"skins\" is not a JSON object\n"},
+        {"slash in a key", R"({"objects":{"a/b":{}}})", "Can't load the project: the key \"a/b\" in \"objects\" contains \"/\"\n"},
+        {"tilde in a key", R"({"materials":{"m~1":{}}})", "Can't load the project: the key \"m~1\" in \"materials\" contains \"~\"\n"},
+        {"quote in a key", R"({"objects":{"a\"":{}}})", "Can't load the project: the key \"a\\\"\" in \"objects\" contains a double quote\n"},
+        {"control character", R"({"objects":{"a\n":{}}})", "Can't load the project: the key \"a\\n\" in \"objects\" contains a control character\n"},
+        {"top-level name", R"({"x\\y":{}})", "Can't load the project: the member name \"x\\\\y\" contains a backslash\n"},
+        {"duplicate key", R"({"objects":{"a":{},"a":{}}})", "Can't load the project: the key \"a\" is in \"objects\" twice\n"},
+        {"too deep", "{\"a\":" + std::string(300, '[') + std::string(300, ']') + "}", "Can't load the project: invalid JSON at byte 260: nested deeper than 256 levels\n"},
+    };
+
+    ProjectFile project;
+    ASSERT_TRUE(project.loadFromString(R"({"objects":{"a":{"name":"A"}}})"));
+    const std::string before = writeJson(*project.document);
+    for(const auto& row: data) {
+        SCOPED_TRACE(row.name);
+        std::ostringstream out;
+        {
+            Utility::Error redirect{&out};
+            EXPECT_FALSE(project.loadFromString({row.json.data(), row.json.size()}));
+        }
+        EXPECT_EQ(out.str(), row.message);
+        EXPECT_EQ(writeJson(*project.document), before);
+    }
+
+    /* Deep keys inside records may hold anything */
+    EXPECT_TRUE(project.loadFromString(R"({"objects":{"a":{"x/y~":{"\"":1}}}})"));
+}
+
+TEST(ProjectFileTest, TooManyObjects) {
+    std::string json = "{\"objects\":{";
+    for(int i = 0; i != 65536; ++i) json += (i ? ",\"" : "\"") + std::to_string(i) + "\":{}";
+    json += "}}";
+    ProjectFile project;
+    std::ostringstream out;
+    {
+        Utility::Error redirect{&out};
+        EXPECT_FALSE(project.loadFromString({json.data(), json.size()}));
+    }
+    EXPECT_EQ(out.str(), "Can't load the project: \"objects\" holds 65536 records, more than the 65535 that a project can have\n");
+}
+
+TEST(ProjectFileTest, Accessors) {
+    ProjectFile project;
+    ASSERT_TRUE(project.loadFromString(R"({"objects":{"a":{"name":"A","n":3,"deleted":true,"components":[{"type":"mesh"},{}]}}})"));
+    const ValueAccess a{project["objects"]->subValue("a")};
+    EXPECT_EQ(text(a["name"].asString()), "A");
+    EXPECT_EQ(text(a["n"].asString()), "(null)");
+    EXPECT_EQ(text(a["missing"].asString()), "(null)");
+    EXPECT_TRUE(a["deleted"].asBool());
+    EXPECT_FALSE(a["name"].asBool());
+    EXPECT_FALSE(a["missing"].asBool());
+    EXPECT_EQ(a["components"].size(), 2);
+    EXPECT_EQ(a["missing"].size(), 0);
+    EXPECT_EQ(a["name"].size(), 0);
+    EXPECT_TRUE(a["components"]->operator[](0)["type"].exists());
+    EXPECT_FALSE(a["components"]->operator[](2).exists());
+    EXPECT_TRUE(a["missing"].readValue().IsNull());
+    EXPECT_EQ(std::string(a["components"]->operator[](1).path().data()), "/objects/a/components/1");
+    EXPECT_EQ(std::string(project.subValue("x/y").path().data()), "/x~1y");
+
+    /* Writes create what is missing and never touch anything else */
+    a["parent"].setString("p", false);
+    a["components"]->operator[](0)["type"].setString(Containers::String{"light"}, false);
+    project["objects"]->subValue("b")->subValue("parent").setNull(false);
+    EXPECT_EQ(writeJson(*project.document), R"({"objects":{"a":{"name":"A","n":3,"deleted":true,"components":[{"type":"light"},{}],"parent":"p"},"b":{"parent":null}}})");
+
+    ASSERT_TRUE(project.getValue("/objects/a/n", false));
+    EXPECT_EQ(project.getValue("/objects/a/n", true)->GetInt(), 3);
+    EXPECT_FALSE(project.getValue("/objects/c", false));
+    EXPECT_FALSE(project.getValue("not a pointer", false));
+
+    EXPECT_TRUE(project.resourceByName(Containers::String{"objects"}, Containers::String{"A"}));
+    EXPECT_FALSE(project.resourceByName(Containers::String{"objects"}, Containers::String{"B"}));
+    EXPECT_FALSE(project.resourceByName(Containers::String{"skins"}, Containers::String{"A"}));
+}
+
+TEST(ProjectFileTest, GenerateId) {
+    ProjectFile project;
+    std::vector<std::string> keys;
+    for(int i = 0; i != 40; ++i) {
+        const Containers::String key = project.generateId();
+        keys.emplace_back(key.data(), key.size());
+    }
+    /* Distinct, sorting by creation, usable unescaped */
+    for(std::size_t i = 1; i != keys.size(); ++i) EXPECT_LT(keys[i - 1], keys[i]);
+    for(const std::string& key: keys)
+        EXPECT_EQ(key.find_first_not_of("0123456789abcdefghijklmnopqrstuvwxyz"), std::string::npos) << key;
+
+    /* A key that a map holds is skipped */
+    const std::string next = keys.back().substr(0, keys.back().size() - 4) + "0015";
+    ASSERT_LT(keys.back(), next);
+    ASSERT_TRUE(project.loadFromString(("{\"skins\":{\"" + keys.back().substr(0, keys.back().size() - 4) + "0014\":{}}}").data()));
+    const Containers::String key = project.generateId();
+    EXPECT_EQ(std::string(key.data(), key.size()), next);
+
+    int counter = 0;
+    project.setIdGenerator([&] { return Containers::String{("K" + std::to_string(++counter)).data()}; });
+    EXPECT_EQ(std::string(project.generateId().data()), "K1");
+    EXPECT_EQ(std::string(project.generateId().data()), "K2");
+}
+
+TEST(ProjectFileTest, SaveAndLoad) {
+    TemporaryFolder folder;
+    const std::string path = folder.path + "/project.json";
+    ProjectFile project;
+    ASSERT_TRUE(project.loadFromString(R"({"objects":{"a":{"name":"Ä","transformation":[1,0.1,2.5e-8,1e300]}},"skins":{}})"));
+    ASSERT_TRUE(project.saveToFile({path.data(), path.size()}));
+    EXPECT_EQ(readFile(path),
+        "{\n"
+        "  \"objects\": {\n"
+        "    \"a\": {\n"
+        "      \"name\": \"Ä\",\n"
+        "      \"transformation\": [1, 0.1, 2.5e-08, 1e+300]\n"
+        "    }\n"
+        "  },\n"
+        "  \"skins\": {}\n"
+        "}\n");
+
+    ProjectFile loaded;
+    ASSERT_TRUE(loaded.loadFromFile({path.data(), path.size()}));
+    EXPECT_TRUE(*loaded.document == *project.document);
+
+    /* Nothing but the file is left in the folder */
+    EXPECT_EQ(std::system(("test $(ls -A " + folder.path + " | wc -l) -eq 1").data()), 0);
+
+    std::ostringstream out;
+    {
+        Utility::Error redirect{&out};
+        EXPECT_FALSE(loaded.loadFromFile("/nonexistent/project.json"));
+        EXPECT_FALSE(loaded.loadFromFile({folder.path.data(), folder.path.size()}));
+    }
+    EXPECT_EQ(out.str(),
+        "Can't load /nonexistent/project.json: No such file or directory\n"
+        "Can't load " + folder.path + ": it is a directory\n");
+}
+
+TEST(ProjectFileTest, FailedSaveKeepsTheOldFile) {
+    TemporaryFolder folder;
+    const std::string path = folder.path + "/project.json";
+    {
+        std::ofstream file{path};
+        file << "old contents";
+    }
+    chmod(path.data(), 0640);
+
+    ProjectFile project;
+    /* A directory where the file should go: the rename fails */
+    const std::string blocked = folder.path + "/blocked";
+    mkdir(blocked.data(), 0755);
+    mkdir((blocked + "/x").data(), 0755);
+    std::ostringstream out;
+    {
+        Utility::Error redirect{&out};
+        EXPECT_FALSE(project.saveToFile({blocked.data(), blocked.size()}));
+        EXPECT_FALSE(project.saveToFile("/nonexistent/project.json"));
+    }
+    EXPECT_EQ(out.str(),
+        "Can't save " + blocked + ": Is a directory\n"
+        "Can't save /nonexistent/project.json: No such file or directory\n");
+    EXPECT_EQ(std::system(("test $(ls -A " + folder.path + " | wc -l) -eq 2").data()), 0);
+
+    /* A successful save keeps the permissions of what it replaces */
+    ASSERT_TRUE(project.saveToFile({path.data(), path.size()}));
+    EXPECT_EQ(readFile(path), "{}\n");
+    struct stat info;
+    ASSERT_EQ(stat(path.data(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0640);
+}
+
+}

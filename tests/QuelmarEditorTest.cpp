@@ -1,0 +1,182 @@
+#include <sstream>
+#include <string>
+#include <gtest/gtest.h>
+#include <Corrade/Utility/Debug.h>
+#include <Corrade/Utility/Format.h>
+
+#include "QuelmarEngine/host/QuelmarEditor.h"
+
+using namespace QuelmarEngine;
+
+namespace {
+
+/* The live tree as "key(parentKey)" in position order, with descendant counts */
+std::string tree(QuelmarEditor& editor) {
+    auto& graph = *editor.scene->sceneGraph;
+    std::string out;
+    for(std::size_t p = 1; p < graph.header().objectCount; ++p) {
+        const auto& record = graph.hierarchy()[p];
+        out += std::string{graph.objectKeys().get(graph.positionToIndex()[p])} + "(" +
+            graph.objectKeys().get(graph.positionToIndex()[record.parent]) + ")" +
+            std::to_string(record.descendants) + " ";
+    }
+    return out;
+}
+
+unsigned short indexOf(QuelmarEditor& editor, const char* key) {
+    return editor.objectLookup->keyToIndex()[Containers::String{key}];
+}
+
+TEST(QuelmarEditorTest, GraphFollowsTheDocument) {
+    QuelmarEditor editor;
+    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 1);
+
+    /* Siblings in map order, dangling parents under the root, deleted
+       objects left out with everything below them */
+    ASSERT_TRUE(editor.loadFromString(R"({"objects":{
+        "c":{"parent":"a"},
+        "a":{},
+        "b":{"parent":"a","deleted":true},
+        "d":{"parent":"b"},
+        "e":{"parent":"gone"},
+        "f":{"parent":""},
+        "g":{"parent":"c"}}})"));
+    EXPECT_EQ(tree(editor), "a()2 c(a)1 g(c)0 e()0 f()0 ");
+
+    const unsigned short d = indexOf(editor, "d");
+    ASSERT_NE(d, 0);
+    EXPECT_EQ(editor.scene->sceneGraph->indexToPosition()[d], 0);
+
+    /* Undeleting through the history brings the subtree back with the same
+       indices */
+    const unsigned short a = indexOf(editor, "a"), c = indexOf(editor, "c");
+    editor.changeManager->pushRemoval("/objects/b/deleted");
+    EXPECT_EQ(tree(editor), "a()4 c(a)1 g(c)0 b(a)1 d(b)0 e()0 f()0 ");
+    EXPECT_EQ(indexOf(editor, "a"), a);
+    EXPECT_EQ(indexOf(editor, "c"), c);
+    EXPECT_EQ(indexOf(editor, "d"), d);
+
+    editor.changeManager->undoLast();
+    EXPECT_EQ(tree(editor), "a()2 c(a)1 g(c)0 e()0 f()0 ");
+}
+
+TEST(QuelmarEditorTest, IndicesAndSelection) {
+    QuelmarEditor editor;
+    ASSERT_TRUE(editor.loadFromString(R"({"objects":{"a":{},"b":{},"c":{}}})"));
+    const unsigned short b = indexOf(editor, "b");
+    editor.data.selectObject(b, true);
+    editor.data.selectObject(indexOf(editor, "c"), true);
+    EXPECT_EQ(editor.data.selectionSize(), 4);
+
+    /* A removed record frees its index and its selection bit; the others
+       keep theirs */
+    editor.changeManager->pushRemoval("/objects/b");
+    EXPECT_FALSE(editor.data.isSelected(b));
+    EXPECT_TRUE(editor.data.isSelected(indexOf(editor, "c")));
+    EXPECT_EQ(editor.objectLookup->keyToIndex().count(Containers::String{"b"}), 0);
+
+    /* A lookup of an unknown key enters it with 0 until the next rebuild */
+    const std::size_t size = editor.objectLookup->keyToIndex().size();
+    EXPECT_EQ(indexOf(editor, "unknown"), 0);
+    EXPECT_EQ(editor.objectLookup->keyToIndex().size(), size + 1);
+
+    /* The freed index is given to the next new object; stale selection bits
+       never come back with it */
+    editor.changeManager->pushChange("/objects/n", rapidjson::Value{rapidjson::kObjectType}, false);
+    EXPECT_EQ(indexOf(editor, "n"), b);
+    EXPECT_FALSE(editor.data.isSelected(b));
+    EXPECT_EQ(editor.objectLookup->keyToIndex().count(Containers::String{"unknown"}), 0);
+
+    /* A deleted object can't stay selected */
+    editor.data.selectObject(b, true);
+    editor.changeManager->pushChange("/objects/n/deleted", rapidjson::Value{true}, false);
+    EXPECT_FALSE(editor.data.isSelected(b));
+    EXPECT_EQ(editor.scene->sceneGraph->indexToPosition()[b], 0);
+}
+
+TEST(QuelmarEditorTest, CyclesAreBroken) {
+    QuelmarEditor editor;
+    std::ostringstream out;
+    {
+        Utility::Warning redirect{&out};
+        ASSERT_TRUE(editor.loadFromString(R"({"objects":{
+            "x":{"parent":"z"},
+            "self":{"parent":"self"},
+            "y":{"parent":"x"},
+            "z":{"parent":"y"},
+            "hanger":{"parent":"y"}}})"));
+    }
+    EXPECT_EQ(out.str(),
+        "Objects x, z, y are parents of each other, showing x under the root\n"
+        "Objects self are parents of each other, showing self under the root\n");
+    EXPECT_EQ(tree(editor), "x()3 y(x)2 z(y)0 hanger(y)0 self()0 ");
+}
+
+TEST(QuelmarEditorTest, OneRebuildPerBatch) {
+    QuelmarEditor editor;
+    const std::size_t before = editor.rebuildCount();
+    editor.changeManager->beginGroup();
+    for(int i = 0; i != 5000; ++i)
+        editor.changeManager->pushChange(Utility::format("/objects/o{}", i).data(), rapidjson::Value{rapidjson::kObjectType}, false);
+    /* Nothing is rebuilt while the group is open */
+    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 1);
+    editor.changeManager->commit();
+    EXPECT_EQ(editor.rebuildCount(), before);
+    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 5001);
+    EXPECT_EQ(editor.rebuildCount(), before + 1);
+
+    /* Undo and redo of the group notify 5000 times and rebuild once each */
+    editor.changeManager->undoLast();
+    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 1);
+    editor.changeManager->redoLastUndo();
+    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 5001);
+    EXPECT_EQ(editor.rebuildCount(), before + 3);
+
+    /* Changes outside "objects" don't make the graph stale */
+    editor.changeManager->pushChange("/skins/s", rapidjson::Value{rapidjson::kObjectType}, false);
+    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 5001);
+    EXPECT_EQ(editor.rebuildCount(), before + 3);
+}
+
+TEST(QuelmarEditorTest, LoadResets) {
+    QuelmarEditor editor;
+    ASSERT_TRUE(editor.loadFromString(R"({"objects":{"a":{}}})"));
+    editor.data.selectObject(indexOf(editor, "a"), true);
+    editor.changeManager->pushChange("/objects/a/name", "A", false);
+    EXPECT_TRUE(editor.changeManager->hasUnsavedChanges());
+
+    /* A refused text keeps everything */
+    std::ostringstream out;
+    {
+        Utility::Error redirect{&out};
+        EXPECT_FALSE(editor.loadFromString("[]"));
+    }
+    EXPECT_TRUE(editor.data.isSelected(indexOf(editor, "a")));
+    EXPECT_TRUE(editor.changeManager->canUndo());
+
+    ASSERT_TRUE(editor.loadFromString(R"({"objects":{"b":{}}})"));
+    EXPECT_FALSE(editor.changeManager->hasUnsavedChanges());
+    EXPECT_FALSE(editor.changeManager->canUndo());
+    EXPECT_EQ(editor.data.selectionSize(), 2);
+    EXPECT_FALSE(editor.data.isSelected(1));
+    EXPECT_EQ(tree(editor), "b()0 ");
+
+    /* Handlers were registered again on the reset manager */
+    editor.changeManager->pushRemoval("/objects/b");
+    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 1);
+}
+
+TEST(QuelmarEditorTest, FatalErrors) {
+    EXPECT_DEATH({
+        QuelmarEditor editor;
+        editor.scene->sceneGraph = Containers::pointer<Data::DynamicSceneGraph<unsigned short>>();
+        editor.scene->sceneGraph->header();
+    }, "^DynamicSceneGraph::header\\(\\): Header not initilized.\n$");
+    EXPECT_DEATH({
+        QuelmarEditor editor;
+        editor.changeManager = nullptr;
+        editor.loadFromString("{}");
+    }, "^Containers::Pointer: the pointer is null\n$");
+}
+
+}
