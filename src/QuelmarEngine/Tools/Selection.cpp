@@ -78,8 +78,9 @@ std::pair<const char*, const char*> selectedObjectAndParent(QuelmarEditor& edito
     /* Lowest set bit, ignoring the last word's bits at or beyond the size */
     const Containers::ArrayView<std::uint32_t> words = editor.data.selectionWords();
     const std::uint64_t wordCount = (size + 31)/32;
-    std::uint64_t found = size;
-    for(std::uint64_t w = 0; w < wordCount && w < words.size(); ++w) {
+    std::uint64_t found = 0;
+    bool any = false;
+    for(std::uint64_t w = 0; w < wordCount && w < words.size() && !any; ++w) {
         std::uint32_t word = words[w];
         if(w == wordCount - 1 && size % 32)
             word &= (std::uint32_t{1} << (size % 32)) - 1;
@@ -87,10 +88,10 @@ std::pair<const char*, const char*> selectedObjectAndParent(QuelmarEditor& edito
         unsigned bit = 0;
         while(!(word & (std::uint32_t{1} << bit))) ++bit;
         found = w*32 + bit;
-        break;
+        any = true;
     }
     /* With the root selected there is nothing to attach beside */
-    if(found == size || found == 0) return {};
+    if(!any || found == 0) return {};
 
     Scene& scene = *editor.scene;
     const Data::DynamicSceneGraph<unsigned short>& graph = *scene.sceneGraph;
