@@ -110,6 +110,15 @@ TEST(QuelmarEditorTest, CyclesAreBroken) {
         "Objects x, z, y are parents of each other, showing x under the root\n"
         "Objects self are parents of each other, showing self under the root\n");
     EXPECT_EQ(tree(editor), "x()3 y(x)2 z(y)0 hanger(y)0 self()0 ");
+
+    /* Said once, not at every rebuild */
+    out.str({});
+    {
+        Utility::Warning redirect{&out};
+        editor.changeManager->pushChange("/objects/x/name", "X", false);
+        EXPECT_EQ(tree(editor), "x()3 y(x)2 z(y)0 hanger(y)0 self()0 ");
+    }
+    EXPECT_EQ(out.str(), "");
 }
 
 TEST(QuelmarEditorTest, OneRebuildPerBatch) {

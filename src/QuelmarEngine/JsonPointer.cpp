@@ -1,13 +1,66 @@
 #include "QuelmarEngine/JsonPointer.h"
 
 #include <cstring>
+#include <unordered_map>
 #include <Corrade/Utility/Assert.h>
 
 namespace QuelmarEngine {
 
 namespace {
 
+/* Objects with at least this many members get a name index; below it a scan
+   is as fast */
+constexpr rapidjson::SizeType IndexedMemberCount = 64;
+
+/* Member positions by name for one large object. Valid while the object's
+   member array is the one it was built from and holds as many members;
+   adding and erasing through this file keeps it so. */
+struct MemberIndex {
+    const rapidjson::Value::Member* members;
+    rapidjson::SizeType count;
+    std::unordered_map<std::string, rapidjson::SizeType> positions;
+};
+
+std::unordered_map<const rapidjson::Value*, MemberIndex>& memberIndices() {
+    static std::unordered_map<const rapidjson::Value*, MemberIndex> indices;
+    return indices;
+}
+
+const rapidjson::Value::Member* membersOf(const rapidjson::Value& object) {
+    return object.MemberCount() ? &*object.MemberBegin() : nullptr;
+}
+
+/* The index of a large object, brought up to date, or null for a small one */
+MemberIndex* memberIndex(const rapidjson::Value& object) {
+    const rapidjson::SizeType count = object.MemberCount();
+    if(count < IndexedMemberCount) return nullptr;
+
+    MemberIndex& index = memberIndices()[&object];
+    const rapidjson::Value::Member* const members = membersOf(object);
+    rapidjson::SizeType from = index.count;
+    /* Another array, or fewer members than known: start over. More members
+       in the same array were appended in place. */
+    if(index.members != members || index.count > count) {
+        index.members = members;
+        index.positions.clear();
+        index.positions.reserve(count);
+        from = 0;
+    }
+    for(rapidjson::SizeType i = from; i != count; ++i) {
+        const rapidjson::Value& name = members[i].name;
+        /* The first of equal names wins, as with a scan */
+        index.positions.emplace(std::string{name.GetString(), name.GetStringLength()}, i);
+    }
+    index.count = count;
+    return &index;
+}
+
 rapidjson::Value::MemberIterator memberIterator(rapidjson::Value& object, const Containers::StringView name) {
+    if(MemberIndex* const index = memberIndex(object)) {
+        const auto found = index->positions.find(std::string{name.data(), name.size()});
+        return found == index->positions.end() ? object.MemberEnd() : object.MemberBegin() + found->second;
+    }
+
     const rapidjson::SizeType length = rapidjson::SizeType(name.size());
     const auto end = object.MemberEnd();
     for(auto it = object.MemberBegin(); it != end; ++it) {
@@ -18,6 +71,44 @@ rapidjson::Value::MemberIterator memberIterator(rapidjson::Value& object, const 
     return end;
 }
 
+/* Appends a member, keeping an index of the object valid even when the
+   member array moves */
+rapidjson::Value& addMember(rapidjson::Value& object, const Containers::StringView name, JsonAllocator& allocator) {
+    const rapidjson::Value::Member* const before = membersOf(object);
+    const rapidjson::SizeType count = object.MemberCount();
+    object.AddMember(rapidjson::Value{name.data(), rapidjson::SizeType(name.size()), allocator}, rapidjson::Value{}, allocator);
+
+    auto& indices = memberIndices();
+    const auto found = indices.find(&object);
+    if(found != indices.end() && found->second.members == before && found->second.count == count) {
+        found->second.members = membersOf(object);
+        found->second.positions.emplace(std::string{name.data(), name.size()}, count);
+        found->second.count = count + 1;
+    }
+    return (object.MemberEnd() - 1)->value;
+}
+
+/* Erases a member; erasing the last one keeps an index valid, erasing any
+   other moves the rest down and makes it rebuild on the next lookup */
+void eraseMember(rapidjson::Value& object, const rapidjson::Value::MemberIterator it) {
+    const rapidjson::SizeType position = rapidjson::SizeType(it - object.MemberBegin());
+    const rapidjson::SizeType count = object.MemberCount();
+    auto& indices = memberIndices();
+    const auto found = indices.find(&object);
+    if(found != indices.end()) {
+        MemberIndex& index = found->second;
+        if(position + 1 == count && index.members == membersOf(object) && index.count == count) {
+            index.positions.erase(std::string{it->name.GetString(), it->name.GetStringLength()});
+            index.count = count - 1;
+        } else indices.erase(found);
+    }
+    object.EraseMember(it);
+}
+
+}
+
+void forgetMemberIndices() {
+    memberIndices().clear();
 }
 
 rapidjson::Value* findMember(rapidjson::Value& object, const Containers::StringView name) {
@@ -133,8 +224,7 @@ rapidjson::Value& JsonPointer::create(rapidjson::Value& root, JsonAllocator& all
         } else {
             rapidjson::Value* member = findMember(*v, t.name);
             if(!member) {
-                v->AddMember(rapidjson::Value{t.name.data(), rapidjson::SizeType(t.name.size()), allocator}, rapidjson::Value{}, allocator);
-                member = &(v->MemberEnd() - 1)->value;
+                member = &addMember(*v, t.name, allocator);
                 exists = false;
             }
             v = member;
@@ -164,7 +254,7 @@ bool JsonPointer::erase(rapidjson::Value& root) const {
     if(v->IsObject()) {
         const auto it = memberIterator(*v, last.name);
         if(it == v->MemberEnd()) return false;
-        v->EraseMember(it);
+        eraseMember(*v, it);
         return true;
     }
     if(v->IsArray()) {

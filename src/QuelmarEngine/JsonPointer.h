@@ -1,8 +1,9 @@
 #ifndef QuelmarEngine_JsonPointer_h
 #define QuelmarEngine_JsonPointer_h
 /* JSON Pointer paths into the project document. Every member lookup that the
-   library and the host make goes through findMember() here, so that the cost
-   of a lookup is one local decision. */
+   library and the host make goes through findMember() here, which answers
+   from a name index in objects of many members, so that a lookup in a
+   resource map of tens of thousands of records doesn't scan it. */
 
 #include <cstdint>
 #include <string>
@@ -17,6 +18,15 @@ namespace QuelmarEngine {
 /** The member of @p object named @p name, or @cpp nullptr @ce. Expects an object. */
 rapidjson::Value* findMember(rapidjson::Value& object, Containers::StringView name);
 const rapidjson::Value* findMember(const rapidjson::Value& object, Containers::StringView name);
+
+/**
+@brief Forgets the name indices of large objects
+
+Lookups in objects of many members use an index that changes made through
+@ref JsonPointer keep valid. A host calls this when it destroys a document,
+whose values' addresses may be reused by another.
+*/
+void forgetMemberIndices();
 
 /** Appends @p name to @p path as one pointer token, escaping "~" and "/" */
 void appendPointerToken(std::string& path, Containers::StringView name);

@@ -95,7 +95,9 @@ ProjectFile::ProjectFile(): ValueAccess{*this}, document{Containers::pointer<rap
     document->SetObject();
 }
 
-ProjectFile::~ProjectFile() = default;
+ProjectFile::~ProjectFile() {
+    forgetMemberIndices();
+}
 
 namespace {
 
@@ -123,6 +125,7 @@ std::string errnoText() {
 bool ProjectFile::loadFromString(const Containers::StringView json) {
     Containers::Pointer<rapidjson::Document> parsed = parseProject(json, "the project");
     if(!parsed) return false;
+    forgetMemberIndices();
     document = std::move(parsed);
     return true;
 }
@@ -153,6 +156,7 @@ bool ProjectFile::loadFromFile(const Containers::StringView path) {
 
     Containers::Pointer<rapidjson::Document> parsed = parseProject({text.data(), text.size()}, filename);
     if(!parsed) return false;
+    forgetMemberIndices();
     document = std::move(parsed);
     return true;
 }

@@ -22,21 +22,21 @@ void refreshEditor(void* editor) {
 
 typedef Magnum::Math::Matrix4<Magnum::Float> Matrix4;
 
-/* The record's local matrix; identity when it has none, and with a warning
-   when what it has isn't sixteen numbers */
-Matrix4 localTransformation(const rapidjson::Value& record, const char* key) {
+/* The record's local matrix into @p out; identity when it has none, and
+   false when what it has isn't sixteen numbers */
+bool localTransformation(const rapidjson::Value& record, Matrix4& out) {
+    out = Matrix4{};
     const rapidjson::Value* const value = record.IsObject() ? findMember(record, "transformation") : nullptr;
-    Matrix4 out;
-    if(!value) return out;
-    bool valid = value->IsArray() && value->Size() == 16;
-    for(rapidjson::SizeType i = 0; valid && i != 16; ++i) {
+    if(!value) return true;
+    if(!value->IsArray() || value->Size() != 16) return false;
+    Matrix4 matrix;
+    for(rapidjson::SizeType i = 0; i != 16; ++i) {
         const rapidjson::Value& number = (*value)[i];
-        valid = number.IsNumber();
-        if(valid) out[i/4][i % 4] = float(number.GetDouble());
+        if(!number.IsNumber()) return false;
+        matrix[i/4][i % 4] = float(number.GetDouble());
     }
-    if(valid) return out;
-    Utility::Warning{} << "Object" << key << "has a transformation that is not 16 numbers, using the identity";
-    return Matrix4{};
+    out = matrix;
+    return true;
 }
 
 }
@@ -84,6 +84,7 @@ void QuelmarEditor::reset() {
     _indexCount = 1;
     _freeIndices.clear();
     _seen.clear();
+    _warnings.clear();
     data.resizeSelection(0);
     _dirty = true;
     refresh();
@@ -97,6 +98,10 @@ void QuelmarEditor::refresh() {
     _dirty = false;
     rebuild();
     _rebuilding = false;
+}
+
+void QuelmarEditor::warnOnce(std::string message) {
+    if(_warnings.insert(message).second) Utility::Warning{} << message;
 }
 
 void QuelmarEditor::rebuild() {
@@ -191,7 +196,7 @@ void QuelmarEditor::rebuild() {
                     if(order[path[i]] < order[earliest]) earliest = path[i];
                     members += (members.empty() ? "" : ", ") + std::string{key[path[i]]};
                 }
-                Utility::Warning{} << "Objects " + members + " are parents of each other, showing " + key[earliest] + " under the root";
+                warnOnce("Objects " + members + " are parents of each other, showing " + key[earliest] + " under the root");
                 parent[earliest] = 0;
             }
             for(const unsigned short index: path) state[index] = Done;
@@ -241,7 +246,8 @@ void QuelmarEditor::rebuild() {
         hierarchy[p].parent = positionParent[p];
         hierarchy[p].depth = positionDepth[p];
         positionToIndex[p] = positionIndex[p];
-        if(p) local[p] = localTransformation(*record[positionIndex[p]], key[positionIndex[p]]);
+        if(p && !localTransformation(*record[positionIndex[p]], local[p]))
+            warnOnce(std::string{"Object "} + key[positionIndex[p]] + " has a transformation that is not 16 numbers, using the identity");
     }
     /* Positions are pre-order, so every subtree is summed before its parent */
     for(std::size_t p = positionCount - 1; p > 0; --p) {

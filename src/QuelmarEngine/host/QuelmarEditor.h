@@ -4,6 +4,8 @@
    manager and key-to-index map, kept in step with the project document. */
 
 #include <cstddef>
+#include <string>
+#include <unordered_set>
 #include <vector>
 #include <Corrade/Containers/Pointer.h>
 #include <Corrade/Containers/StringView.h>
@@ -63,6 +65,9 @@ class QuelmarEditor {
     private:
         void reset();
         void rebuild();
+        /* Problems of the document show at every rebuild until fixed; say
+           each once a session */
+        void warnOnce(std::string message);
 
         bool _dirty{};
         bool _rebuilding{};
@@ -73,6 +78,7 @@ class QuelmarEditor {
         std::vector<unsigned short> _freeIndices;
         std::vector<std::size_t> _seen;
         std::size_t _generation{};
+        std::unordered_set<std::string> _warnings;
 };
 
 }
