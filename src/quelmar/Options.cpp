@@ -1,0 +1,63 @@
+/* The program's command line. */
+#include "Options.h"
+
+namespace quelmar {
+
+bool parseOptions(const int argc, const char* const* const argv, Options& options, std::string& error) {
+    for(int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        if(argument == "--help" || argument == "-h") options.help = true;
+        else if(argument == "--version") options.version = true;
+        else if(argument == "-c" || argument == "-s") {
+            if(i + 1 == argc) {
+                error = argument + " needs " + (argument == "-c" ? "commands" : "a script file");
+                return false;
+            }
+            if(options.hasCommands || !options.script.empty()) {
+                error = "give either -c or -s, once";
+                return false;
+            }
+            if(argument == "-c") {
+                options.commands = argv[++i];
+                options.hasCommands = true;
+            } else {
+                options.script = argv[++i];
+                if(options.script.empty()) {
+                    error = "-s needs a script file";
+                    return false;
+                }
+            }
+        } else if(argument.size() > 1 && argument[0] == '-') {
+            error = "unknown option " + argument;
+            return false;
+        } else if(!options.project.empty()) {
+            error = "give at most one project file";
+            return false;
+        } else if(argument.empty()) {
+            error = "the project file name is empty";
+            return false;
+        } else options.project = argument;
+    }
+    return true;
+}
+
+const char* usageText() {
+    return
+        "usage: quelmar [PROJECT.json] [-c \"COMMAND; COMMAND...\" | -s SCRIPT]\n"
+        "\n"
+        "Opens PROJECT.json, or an empty project, and runs commands on it: those of\n"
+        "-c, those of SCRIPT (one a line, # starts a comment), or those typed on the\n"
+        "standard input. \"help\" lists the commands.\n"
+        "\n"
+        "  -c COMMANDS  run these commands, separated by semicolons, and exit\n"
+        "  -s SCRIPT    run the commands of SCRIPT and exit\n"
+        "  --help       show this text\n"
+        "  --version    show the version\n"
+        "\n"
+        "Commands given with -c or -s, or through a pipe, stop at the first one that\n"
+        "fails. The end of the commands behaves like \"quit\". Exit status: 0 on\n"
+        "success, 1 when a command failed or changes were left unsaved, 2 for a\n"
+        "wrong command line.\n";
+}
+
+}

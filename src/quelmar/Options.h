@@ -1,0 +1,29 @@
+/* The program's command line. */
+#ifndef quelmar_Options_h
+#define quelmar_Options_h
+
+#include <string>
+
+namespace quelmar {
+
+struct Options {
+    /** Project file to open; empty for a new, empty project */
+    std::string project;
+    /** Text of -c, commands separated by semicolons */
+    std::string commands;
+    bool hasCommands{};
+    /** File of -s, one command a line */
+    std::string script;
+    bool help{};
+    bool version{};
+};
+
+/** Fills @p options from the arguments; false with @p error on a usage error */
+bool parseOptions(int argc, const char* const* argv, Options& options, std::string& error);
+
+/** The text of --help */
+const char* usageText();
+
+}
+
+#endif

@@ -1,0 +1,16 @@
+/* Drawing the live object hierarchy with box-drawing characters. */
+#ifndef quelmar_Tree_h
+#define quelmar_Tree_h
+
+#include <ostream>
+
+namespace quelmar {
+
+class Session;
+
+/** Draws every live object: key, name and a "*" when it is selected */
+void printTree(Session& session, std::ostream& out);
+
+}
+
+#endif
