@@ -1,9 +1,77 @@
 #include "QuelmarEngine/host/DynamicSceneGraph.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <Corrade/Utility/Debug.h>
 
 namespace QuelmarEngine { namespace Data {
+
+namespace {
+
+typedef Magnum::Math::Matrix4<Magnum::Float> Matrix4;
+typedef Magnum::Math::Matrix3x3<Magnum::Float> Matrix3x3;
+typedef Magnum::Math::Vector3<Magnum::Float> Vector3;
+typedef Magnum::Math::Quaternion<Magnum::Float> Quaternion;
+
+/* A unit vector perpendicular to the unit vector @p direction: the axis
+   least aligned with it, with the part along it taken out */
+Vector3 perpendicularTo(const Vector3& direction) {
+    std::size_t axis = 0;
+    for(std::size_t i = 1; i != 3; ++i)
+        if(std::abs(direction[i]) < std::abs(direction[axis])) axis = i;
+    Vector3 out;
+    out[axis] = 1.0f;
+    return (out - direction*Magnum::Math::dot(out, direction)).normalized();
+}
+
+/* The rotation nearest at hand to @p columns, whose determinant is not
+   negative. Columns that have a length are orthonormalised in order and the
+   last column is always the cross product of the other two, so shear is
+   dropped and a column of zero (or next to zero) length still gets a unit
+   axis that keeps the basis right-handed. */
+Matrix3x3 rotationOf(const Matrix3x3& columns, const Vector3& lengths) {
+    /* Put the columns that have a length first; shorter than a millionth
+       of the longest counts as none, they carry no usable direction */
+    const Magnum::Float tiny = std::max(lengths[0], std::max(lengths[1], lengths[2]))*1.0e-6f;
+    std::size_t order[3];
+    std::size_t withLength = 0;
+    for(std::size_t i = 0; i != 3; ++i) if(lengths[i] > tiny) order[withLength++] = i;
+    for(std::size_t i = 0, next = withLength; i != 3; ++i) if(!(lengths[i] > tiny)) order[next++] = i;
+    const std::size_t first = order[0], second = order[1], third = order[2];
+
+    Matrix3x3 out;
+    if(withLength > 0) out[first] = columns[first]/lengths[first];
+
+    if(withLength > 1) {
+        const Vector3 along{out[first]};
+        const Vector3 rest = Vector3{columns[second]} - along*Magnum::Math::dot(Vector3{columns[second]}, along);
+        const Magnum::Float restLength = rest.length();
+        /* Parallel to the first column: nothing of its own is left */
+        out[second] = restLength > lengths[second]*1.0e-6f ? rest/restLength : perpendicularTo(along);
+    } else if(withLength == 1) out[second] = perpendicularTo(Vector3{out[first]});
+    /* With no column of any length the identity's columns stay */
+
+    /* r0 = r1 x r2, r1 = r2 x r0, r2 = r0 x r1 */
+    out[third] = Magnum::Math::cross(Vector3{out[(third + 1) % 3]}, Vector3{out[(third + 2) % 3]});
+    return out;
+}
+
+/* Rotation and translation as a unit dual quaternion, plus the column
+   lengths as scaling; a mirroring matrix gets a negative X scaling */
+void decompose(const Matrix4& matrix, Magnum::Math::DualQuaternion<Magnum::Float>& transformation, Vector3& scaling) {
+    Matrix3x3 columns = matrix.rotationScaling();
+    if(columns.determinant() < 0.0f) {
+        columns[0] = -columns[0];
+        scaling = Vector3{-columns[0].length(), columns[1].length(), columns[2].length()};
+    } else scaling = Vector3{columns[0].length(), columns[1].length(), columns[2].length()};
+
+    const Vector3 lengths{std::abs(scaling[0]), scaling[1], scaling[2]};
+    const Quaternion real = Quaternion::fromMatrix(rotationOf(columns, lengths)).normalized();
+    transformation = {real, Quaternion{matrix.translation()/2.0f}*real};
+}
+
+}
 
 template<class T> DynamicSceneGraph<T>::DynamicSceneGraph() = default;
 
@@ -66,10 +134,23 @@ template<class T> void DynamicSceneGraph<T>::setup(Containers::Array<Hierarchy>&
     for(auto& scaling: _absoluteScalings) scaling = Magnum::Math::Vector3<Magnum::Float>{1.0f, 1.0f, 1.0f};
 }
 
-/* Stub until world placement is computed: every position stays at the
-   identity */
 template<class T> void DynamicSceneGraph<T>::computeAbsoluteTransformations() {
     _refresh();
+    const std::size_t count = _hierarchy.size();
+    if(!count) return;
+
+    /* Full world matrices, so that the shear a non-uniform scaling makes
+       under a rotated child still reaches the grandchildren; only what is
+       stored per position drops it */
+    Containers::Array<Matrix4> world{count};
+    _absoluteTransformations[0] = {};
+    _absoluteScalings[0] = Vector3{1.0f, 1.0f, 1.0f};
+    /* Positions are pre-order, so a parent's world is ready before its
+       children's */
+    for(std::size_t p = 1; p != count; ++p) {
+        world[p] = world[_hierarchy[p].parent]*_localTransformations[p];
+        decompose(world[p], _absoluteTransformations[p], _absoluteScalings[p]);
+    }
 }
 
 template class DynamicSceneGraph<unsigned short>;
