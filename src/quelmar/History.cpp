@@ -84,7 +84,8 @@ void printHistory(const Session& session) {
     const int position = manager.lastChangeIndex();
     const int saved = session.savedPosition();
 
-    std::cout << count << " changes in " << undoSteps(manager) + redoSteps(manager) << " steps: "
+    const std::size_t steps = undoSteps(manager) + redoSteps(manager);
+    std::cout << count << (count == 1 ? " change in " : " changes in ") << steps << (steps == 1 ? " step: " : " steps: ")
               << undoSteps(manager) << " to undo, " << redoSteps(manager) << " to redo";
     if(saved == NoSavedPosition) std::cout << "; the saved state is no longer in the history";
     std::cout << std::endl;
