@@ -15,6 +15,12 @@ build: setup
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
 
+# The demo script on a copy of examples/, left in place for a look afterwards
+demo: build
+	@dir=$$(mktemp -d) && cp examples/* "$$dir" && cd "$$dir" && \
+	echo "== quelmar scene.json -s demo.quelmar, in $$dir" && \
+	"$(abspath $(BUILD))/src/quelmar" scene.json -s demo.quelmar
+
 sanitize: setup
 	cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DQUELMAR_SANITIZE=ON
 	cmake --build $(ASAN_BUILD) -j $(JOBS)
