@@ -154,10 +154,13 @@ TEST_F(DynamicSceneGraphTest, ShearReachesTheChildrenButIsNotStored) {
 }
 
 TEST_F(DynamicSceneGraphTest, MalformedTransformationIsTheIdentity) {
-    load(R"({"objects":{"a":{"transformation":[1,2,3]},"b":{"parent":"a","transformation":[1,0,0,0, 0,1,0,0, 0,0,1,0, 4,0,0,1]},"c":{"transformation":"x"}}})");
+    load(R"({"objects":{"a":{"transformation":[1,2,3]},"b":{"parent":"a","transformation":[1,0,0,0, 0,1,0,0, 0,0,1,0, 4,0,0,1]},"c":{"transformation":"x"},"d":{"transformation":[1e39,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1]}}})");
+    /* A number beyond float range counts as no number */
     EXPECT_EQ(loadWarnings,
         "Object a has a transformation that is not 16 numbers, using the identity\n"
-        "Object c has a transformation that is not 16 numbers, using the identity\n");
+        "Object c has a transformation that is not 16 numbers, using the identity\n"
+        "Object d has a transformation that is not 16 numbers, using the identity\n");
+    EXPECT_EQ(world("d"), Matrix4{});
     EXPECT_EQ(world("a"), Matrix4{});
     EXPECT_EQ(world("c"), Matrix4{});
     EXPECT_EQ(world("b"), Matrix4::translation({4.0f, 0.0f, 0.0f}));

@@ -74,7 +74,7 @@ TEST(ProjectFileTest, LoadRefusalsKeepTheDocument) {
 
 TEST(ProjectFileTest, TooManyObjects) {
     std::string json = "{\"objects\":{";
-    for(int i = 0; i != 65536; ++i) json += (i ? ",\"" : "\"") + std::to_string(i) + "\":{}";
+    for(int i = 0; i != 65535; ++i) json += (i ? ",\"" : "\"") + std::to_string(i) + "\":{}";
     json += "}}";
     ProjectFile project;
     std::ostringstream out;
@@ -82,7 +82,7 @@ TEST(ProjectFileTest, TooManyObjects) {
         Utility::Error redirect{&out};
         EXPECT_FALSE(project.loadFromString({json.data(), json.size()}));
     }
-    EXPECT_EQ(out.str(), "Can't load the project: \"objects\" holds 65536 records, more than the 65535 that a project can have\n");
+    EXPECT_EQ(out.str(), "Can't load the project: \"objects\" holds 65535 records, more than the 65534 that a project can have\n");
 }
 
 TEST(ProjectFileTest, Accessors) {

@@ -81,7 +81,18 @@ TEST(QuelmarEditorTest, IndicesAndSelection) {
     EXPECT_EQ(editor.objectLookup->keyToIndex().size(), size + 1);
 
     /* The freed index is given to the next new object; stale selection bits
-       never come back with it */
+       never come back with it, also when the index is freed and taken in one
+       batch */
+    editor.changeManager->pushChange("/objects/n", rapidjson::Value{rapidjson::kObjectType}, false);
+    EXPECT_EQ(indexOf(editor, "n"), b);
+    editor.data.selectObject(b, true);
+    editor.changeManager->beginGroup();
+    editor.changeManager->pushRemoval("/objects/n");
+    editor.changeManager->pushChange("/objects/n2", rapidjson::Value{rapidjson::kObjectType}, false);
+    editor.changeManager->commit();
+    EXPECT_EQ(indexOf(editor, "n2"), b);
+    EXPECT_FALSE(editor.data.isSelected(b));
+    editor.changeManager->pushRemoval("/objects/n2");
     editor.changeManager->pushChange("/objects/n", rapidjson::Value{rapidjson::kObjectType}, false);
     EXPECT_EQ(indexOf(editor, "n"), b);
     EXPECT_FALSE(editor.data.isSelected(b));
@@ -145,6 +156,35 @@ TEST(QuelmarEditorTest, OneRebuildPerBatch) {
     editor.changeManager->pushChange("/skins/s", rapidjson::Value{rapidjson::kObjectType}, false);
     EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 5001);
     EXPECT_EQ(editor.rebuildCount(), before + 3);
+}
+
+TEST(QuelmarEditorTest, ObjectLimit) {
+    std::string json = "{\"objects\":{";
+    for(std::size_t i = 0; i != QuelmarEditor::MaxObjects; ++i) json += (i ? ",\"o" : "\"o") + std::to_string(i) + "\":{}";
+    json += "}}";
+    QuelmarEditor editor;
+    ASSERT_TRUE(editor.loadFromString({json.data(), json.size()}));
+    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 65535);
+
+    /* Objects past the limit stay out of the graph, which stays whole */
+    std::ostringstream out;
+    {
+        Utility::Warning redirect{&out};
+        editor.changeManager->beginGroup();
+        for(int i = 0; i != 3; ++i)
+            editor.changeManager->pushChange(Utility::format("/objects/extra{}", i).data(), rapidjson::Value{rapidjson::kObjectType}, false);
+        editor.changeManager->commit();
+        EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 65535);
+    }
+    EXPECT_EQ(out.str(), "Objects past the 65534th are left out of the scene, as a project can't have more\n");
+    EXPECT_EQ(indexOf(editor, "extra0"), 0);
+    EXPECT_EQ(editor.scene->sceneGraph->hierarchy()[0].descendants, 65534);
+
+    /* Removing one makes room for the first that was left out */
+    editor.changeManager->pushRemoval("/objects/o0");
+    EXPECT_NE(indexOf(editor, "extra0"), 0);
+    EXPECT_EQ(indexOf(editor, "extra1"), 0);
+    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 65535);
 }
 
 TEST(QuelmarEditorTest, LoadResets) {

@@ -1,5 +1,7 @@
 #include "QuelmarEngine/JsonPointer.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <unordered_map>
 #include <Corrade/Utility/Assert.h>
@@ -26,6 +28,26 @@ std::unordered_map<const rapidjson::Value*, MemberIndex>& memberIndices() {
     return indices;
 }
 
+/* Documents whose top-level maps get indices. Keying indices by address is
+   safe only for values whose addresses no other value takes while the
+   index lives: the members of a registered root are such values, since the
+   root's pool never frees and a dropped root clears every index. */
+std::vector<const rapidjson::Value*>& indexedRoots() {
+    static std::vector<const rapidjson::Value*> roots;
+    return roots;
+}
+
+bool isTopLevelMap(const rapidjson::Value& object) {
+    const auto address = reinterpret_cast<std::uintptr_t>(&object);
+    for(const rapidjson::Value* const root: indexedRoots()) {
+        if(!root->IsObject() || !root->MemberCount()) continue;
+        const auto first = reinterpret_cast<std::uintptr_t>(&root->MemberBegin()->value);
+        const auto last = reinterpret_cast<std::uintptr_t>(&(root->MemberEnd() - 1)->value);
+        if(address >= first && address <= last) return true;
+    }
+    return false;
+}
+
 const rapidjson::Value::Member* membersOf(const rapidjson::Value& object) {
     return object.MemberCount() ? &*object.MemberBegin() : nullptr;
 }
@@ -33,7 +55,7 @@ const rapidjson::Value::Member* membersOf(const rapidjson::Value& object) {
 /* The index of a large object, brought up to date, or null for a small one */
 MemberIndex* memberIndex(const rapidjson::Value& object) {
     const rapidjson::SizeType count = object.MemberCount();
-    if(count < IndexedMemberCount) return nullptr;
+    if(count < IndexedMemberCount || !isTopLevelMap(object)) return nullptr;
 
     MemberIndex& index = memberIndices()[&object];
     const rapidjson::Value::Member* const members = membersOf(object);
@@ -107,7 +129,15 @@ void eraseMember(rapidjson::Value& object, const rapidjson::Value::MemberIterato
 
 }
 
-void forgetMemberIndices() {
+void indexMembersOf(const rapidjson::Value& document) {
+    auto& roots = indexedRoots();
+    if(std::find(roots.begin(), roots.end(), &document) == roots.end())
+        roots.push_back(&document);
+}
+
+void forgetMemberIndices(const rapidjson::Value& document) {
+    auto& roots = indexedRoots();
+    roots.erase(std::remove(roots.begin(), roots.end(), &document), roots.end());
     memberIndices().clear();
 }
 

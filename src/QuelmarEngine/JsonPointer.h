@@ -20,13 +20,16 @@ rapidjson::Value* findMember(rapidjson::Value& object, Containers::StringView na
 const rapidjson::Value* findMember(const rapidjson::Value& object, Containers::StringView name);
 
 /**
-@brief Forgets the name indices of large objects
+@brief Lets lookups in the top-level maps of @p document use name indices
 
-Lookups in objects of many members use an index that changes made through
-@ref JsonPointer keep valid. A host calls this when it destroys a document,
-whose values' addresses may be reused by another.
+Lookups in a map of many members then answer from an index that changes made
+through @ref JsonPointer keep valid, instead of scanning the map. Call
+@ref forgetMemberIndices() before the document is destroyed or replaced.
 */
-void forgetMemberIndices();
+void indexMembersOf(const rapidjson::Value& document);
+
+/** Stops indexing the maps of @p document and drops every index */
+void forgetMemberIndices(const rapidjson::Value& document);
 
 /** Appends @p name to @p path as one pointer token, escaping "~" and "/" */
 void appendPointerToken(std::string& path, Containers::StringView name);

@@ -22,9 +22,6 @@ namespace QuelmarEngine {
 
 namespace {
 
-/* Object indices are 16-bit and index 0 is the scene root */
-constexpr std::size_t MaxObjects = 65535;
-
 /* Why a key can't stand unescaped in a JSON Pointer or a clipboard text */
 const char* keyProblem(const rapidjson::Value& key) {
     const char* const data = key.GetString();
@@ -71,8 +68,8 @@ std::string projectProblem(const rapidjson::Document& document) {
     }
 
     const rapidjson::Value* const objects = findMember(document, "objects");
-    if(objects && objects->MemberCount() > MaxObjects)
-        return "\"objects\" holds " + std::to_string(objects->MemberCount()) + " records, more than the " + std::to_string(MaxObjects) + " that a project can have";
+    if(objects && objects->MemberCount() > ProjectFile::MaxObjects)
+        return "\"objects\" holds " + std::to_string(objects->MemberCount()) + " records, more than the " + std::to_string(ProjectFile::MaxObjects) + " that a project can have";
     return {};
 }
 
@@ -93,10 +90,11 @@ void appendBase36(std::string& out, unsigned long long value, const std::size_t 
 
 ProjectFile::ProjectFile(): ValueAccess{*this}, document{Containers::pointer<rapidjson::Document>()} {
     document->SetObject();
+    indexMembersOf(*document);
 }
 
 ProjectFile::~ProjectFile() {
-    forgetMemberIndices();
+    if(document) forgetMemberIndices(*document);
 }
 
 namespace {
@@ -125,8 +123,9 @@ std::string errnoText() {
 bool ProjectFile::loadFromString(const Containers::StringView json) {
     Containers::Pointer<rapidjson::Document> parsed = parseProject(json, "the project");
     if(!parsed) return false;
-    forgetMemberIndices();
+    if(document) forgetMemberIndices(*document);
     document = std::move(parsed);
+    indexMembersOf(*document);
     return true;
 }
 
@@ -156,8 +155,9 @@ bool ProjectFile::loadFromFile(const Containers::StringView path) {
 
     Containers::Pointer<rapidjson::Document> parsed = parseProject({text.data(), text.size()}, filename);
     if(!parsed) return false;
-    forgetMemberIndices();
+    if(document) forgetMemberIndices(*document);
     document = std::move(parsed);
+    indexMembersOf(*document);
     return true;
 }
 

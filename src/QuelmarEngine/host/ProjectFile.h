@@ -21,8 +21,13 @@ accessors made from it point back to it.
 */
 class ProjectFile: public ValueAccess {
     public:
-        /** Deepest nesting of arrays and objects that a loaded text may have */
-        static constexpr unsigned MaxDepth = 256;
+        /**
+         * @brief Most records "objects" may hold
+         *
+         * Object indices are 16-bit, and the scene's positions, the root's
+         * included, are counted in 16 bits too.
+         */
+        static constexpr std::size_t MaxObjects = 65534;
 
         /** Holds the empty document @cb{.json} {} @ce */
         ProjectFile();

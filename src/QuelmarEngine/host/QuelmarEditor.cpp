@@ -1,5 +1,7 @@
 #include "QuelmarEngine/host/QuelmarEditor.h"
 
+#include <cfloat>
+#include <cmath>
 #include <cstring>
 #include <string>
 #include <Corrade/Containers/ArrayView.h>
@@ -14,6 +16,7 @@ namespace QuelmarEngine {
 
 namespace {
 
+/* Never an object index, as there are at most 65534 */
 constexpr unsigned short NoIndex = 0xffff;
 
 void refreshEditor(void* editor) {
@@ -32,7 +35,8 @@ bool localTransformation(const rapidjson::Value& record, Matrix4& out) {
     Matrix4 matrix;
     for(rapidjson::SizeType i = 0; i != 16; ++i) {
         const rapidjson::Value& number = (*value)[i];
-        if(!number.IsNumber()) return false;
+        /* A number beyond float range would turn into infinity */
+        if(!number.IsNumber() || !(std::abs(number.GetDouble()) <= FLT_MAX)) return false;
         matrix[i/4][i % 4] = float(number.GetDouble());
     }
     out = matrix;
@@ -111,41 +115,52 @@ void QuelmarEditor::rebuild() {
     if(objects && !objects->IsObject()) objects = nullptr;
     const std::size_t recordCount = objects ? objects->MemberCount() : 0;
 
-    /* Give every record an index, keeping the ones its key had */
+    /* Keys that keep their index first, marking records that need one */
     ++_generation;
-    std::vector<unsigned short> recordIndex(recordCount);
+    _seen.resize(_indexCount);
+    std::vector<unsigned short*> slot(recordCount);
     for(std::size_t r = 0; r != recordCount; ++r) {
         const rapidjson::Value& name = (objects->MemberBegin() + r)->name;
         unsigned short& index = keyToIndex[Containers::String{name.GetString(), name.GetStringLength()}];
-        if(!index) {
-            if(!_freeIndices.empty()) {
-                index = _freeIndices.back();
-                _freeIndices.pop_back();
-            } else if(_indexCount <= MaxObjects) {
-                index = (unsigned short)(_indexCount++);
-            } else {
-                Utility::Warning{} << "Object" << name.GetString() << "is left out of the scene, a project can have at most" << MaxObjects << "objects";
-                continue;
-            }
-        }
-        if(_seen.size() < _indexCount) _seen.resize(_indexCount);
-        _seen[index] = _generation;
-        recordIndex[r] = index;
+        if(index) _seen[index] = _generation;
+        else index = NoIndex;
+        slot[r] = &index;
     }
 
-    /* Forget keys that no longer name a record, and keys that a lookup
-       entered with index 0 */
-    data.resizeSelection(_indexCount);
-    _seen.resize(_indexCount);
+    /* Free the indices of keys that no longer name a record, and forget
+       keys that a lookup entered with index 0, before handing out new ones */
     for(auto it = keyToIndex.begin(); it != keyToIndex.end(); ) {
         const unsigned short index = it->second;
-        if(index && _seen[index] == _generation) {
+        if(index == NoIndex || (index && _seen[index] == _generation)) {
             ++it;
             continue;
         }
-        if(index) _freeIndices.push_back(index);
+        if(index) {
+            data.selectObject(index, false);
+            _freeIndices.push_back(index);
+        }
         it = keyToIndex.erase(it);
     }
+
+    std::vector<unsigned short> recordIndex(recordCount);
+    for(std::size_t r = 0; r != recordCount; ++r) {
+        unsigned short& index = *slot[r];
+        if(index == NoIndex) {
+            if(!_freeIndices.empty()) {
+                index = _freeIndices.back();
+                _freeIndices.pop_back();
+            } else if(_indexCount <= ProjectFile::MaxObjects) {
+                index = (unsigned short)(_indexCount++);
+            } else {
+                /* Looked up as 0 until an index is free */
+                index = 0;
+                warnOnce("Objects past the " + std::to_string(ProjectFile::MaxObjects) + "th are left out of the scene, as a project can't have more");
+                continue;
+            }
+        }
+        recordIndex[r] = index;
+    }
+    data.resizeSelection(_indexCount);
 
     /* Per index: record, parent, flag, order in the map */
     const std::size_t indexCount = _indexCount;

@@ -30,8 +30,8 @@ Not copyable or movable, as the accessors' refresh hooks point back to it.
 */
 class QuelmarEditor {
     public:
-        /** Most objects a project can have; index 0 is the root */
-        static constexpr std::size_t MaxObjects = 65535;
+        /** Most objects a project can have */
+        static constexpr std::size_t MaxObjects = ProjectFile::MaxObjects;
 
         QuelmarEditor();
         ~QuelmarEditor();
