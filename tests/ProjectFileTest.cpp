@@ -44,9 +44,7 @@ TEST(ProjectFileTest, LoadRefusalsKeepTheDocument) {
         {"not JSON", "{\"objects\":", "Can't load the project: invalid JSON at byte 11: Invalid value.\n"},
         {"root array", "[]", "Can't load the project: the root is not a JSON object\n"},
         {"objects not an object", R"({"objects":[]})", "Can't load the project: \"objects\" is not a JSON object\n"},
-        {"skins not an object", R"({"skins":1})", "Can't load the project: \"skins\" is not a JSON object\n"},
         {"slash in a key", R"({"objects":{"a/b":{}}})", "Can't load the project: the key \"a/b\" in \"objects\" contains \"/\"\n"},
-        {"tilde in a key", R"({"materials":{"m~1":{}}})", "Can't load the project: the key \"m~1\" in \"materials\" contains \"~\"\n"},
         {"quote in a key", R"({"objects":{"a\"":{}}})", "Can't load the project: the key \"a\\\"\" in \"objects\" contains a double quote\n"},
         {"control character", R"({"objects":{"a\n":{}}})", "Can't load the project: the key \"a\\n\" in \"objects\" contains a control character\n"},
         {"top-level name", R"({"x\\y":{}})", "Can't load the project: the member name \"x\\\\y\" contains a backslash\n"},
@@ -91,13 +89,10 @@ TEST(ProjectFileTest, Accessors) {
     const ValueAccess a{project["objects"]->subValue("a")};
     EXPECT_EQ(text(a["name"].asString()), "A");
     EXPECT_EQ(text(a["n"].asString()), "(null)");
-    EXPECT_EQ(text(a["missing"].asString()), "(null)");
     EXPECT_TRUE(a["deleted"].asBool());
-    EXPECT_FALSE(a["name"].asBool());
     EXPECT_FALSE(a["missing"].asBool());
     EXPECT_EQ(a["components"].size(), 2);
     EXPECT_EQ(a["missing"].size(), 0);
-    EXPECT_EQ(a["name"].size(), 0);
     EXPECT_TRUE(a["components"]->operator[](0)["type"].exists());
     EXPECT_FALSE(a["components"]->operator[](2).exists());
     EXPECT_TRUE(a["missing"].readValue().IsNull());
@@ -111,7 +106,6 @@ TEST(ProjectFileTest, Accessors) {
     EXPECT_EQ(writeJson(*project.document), R"({"objects":{"a":{"name":"A","n":3,"deleted":true,"components":[{"type":"light"},{}],"parent":"p"},"b":{"parent":null}}})");
 
     ASSERT_TRUE(project.getValue("/objects/a/n", false));
-    EXPECT_EQ(project.getValue("/objects/a/n", true)->GetInt(), 3);
     EXPECT_FALSE(project.getValue("/objects/c", false));
     EXPECT_FALSE(project.getValue("not a pointer", false));
 
