@@ -20,10 +20,10 @@ bool Arguments::has(const char* const flag) const {
 const std::vector<Command>& commands() {
     static const std::vector<Command> table{
         {"help", "help [COMMAND]", "list the commands, or describe one", "", {}, 0, 1, false, runHelp},
-        {"tree", "tree", "draw the live object hierarchy: key, name, * when selected",
+        {"tree", "tree", "draw the live objects: key, name, * when selected",
             "Deleted objects and everything below them are left out.", {}, 0, 0, false, runTree},
-        {"status", "status", "show the file, the object count, the history position and whether it is saved", "", {}, 0, 0, false, runStatus},
-        {"get", "get POINTER", "print the value at a JSON Pointer, \"\" being the whole document",
+        {"status", "status", "file, object count, history position, saved or not", "", {}, 0, 0, false, runStatus},
+        {"get", "get POINTER", "print the value at a JSON Pointer (\"\": everything)",
             "Example: get /objects/hero/name", {}, 1, 1, false, runGet},
         {"set", "set POINTER JSON", "set the value at a JSON Pointer to a JSON text",
             "The parent of the value has to exist. In an array, an index may replace an\n"
@@ -33,35 +33,35 @@ const std::vector<Command>& commands() {
         {"remove", "remove POINTER", "remove the value at a JSON Pointer",
             "Containers that the removal leaves empty are removed too, except top-level\n"
             "members.", {}, 1, 1, false, runRemove},
-        {"add", "add NAME [PARENT]", "add an object under PARENT (default: the root) and print its key",
+        {"add", "add NAME [PARENT]", "add an object under PARENT or the root; print its key",
             "A name that is taken gets a suffix: Cube, Cube.000, Cube.001 ...", {}, 1, 2, false, runAdd},
-        {"select", "select [KEY...]", "select exactly these objects; no key clears the selection", "", {}, 0, Many, false, runSelect},
+        {"select", "select [KEY...]", "select exactly these objects; no key: none", "", {}, 0, Many, false, runSelect},
         {"selection", "selection", "list the selected objects in tree order", "", {}, 0, 0, false, runSelection},
-        {"delete", "delete [KEY]", "delete an object, or with no key the selected objects, with everything below",
+        {"delete", "delete [KEY]", "delete an object, or the selected ones, and all below",
             "Deleted objects keep their records, flagged \"deleted\", so undo brings them back.", {}, 0, 1, false, runDelete},
         {"reparent", "reparent PARENT|root [--keep-transform]", "move the selected objects under PARENT or the root",
             "Without the flag every selected object keeps its local transformation and\n"
             "so moves along with its new parent. With --keep-transform the objects stay\n"
             "where they are in the world; a selected object whose ancestor is selected\n"
             "too then moves along with that ancestor.", {"--keep-transform"}, 1, 1, false, runReparent},
-        {"copy", "copy [--trees] [FILE]", "copy the selected objects, and the skins they use, to the clipboard",
+        {"copy", "copy [--trees] [FILE]", "copy the selected objects and their skins",
             "With --trees everything below the selected objects is copied too. With FILE\n"
             "the clipboard text is also written there.", {"--trees"}, 0, 1, false, runCopy},
-        {"paste", "paste [--child] [FILE]", "paste the clipboard, or FILE, beside the first selected object",
+        {"paste", "paste [--child] [FILE]", "paste the clipboard, or FILE, beside the selection",
             "With --child the pasted objects go under the first selected object instead.\n"
             "Every pasted object and skin gets a new key; the pasted objects end up\n"
             "selected.", {"--child"}, 0, 1, false, runPaste},
-        {"duplicate", "duplicate [--trees]", "duplicate the selected objects beside the first one and select the copies",
+        {"duplicate", "duplicate [--trees]", "duplicate the selected objects and select the copies",
             "With --trees everything below the selected objects is duplicated too.", {"--trees"}, 0, 0, false, runDuplicate},
-        {"duplicate-resource", "duplicate-resource TYPE KEY", "copy record KEY of the map TYPE under a new key and print it",
+        {"duplicate-resource", "duplicate-resource TYPE KEY", "copy a record under a new key and print it",
             "Example: duplicate-resource materials stone", {}, 2, 2, false, runDuplicateResource},
         {"delete-resource", "delete-resource TYPE KEY", "remove record KEY of the map TYPE", "", {}, 2, 2, false, runDeleteResource},
         {"undo", "undo [N]", "undo the last N commands (default 1)", "", {}, 0, 1, false, runUndo},
         {"redo", "redo [N]", "redo the last N undone commands (default 1)", "", {}, 0, 1, false, runRedo},
-        {"history", "history", "list every recorded change, with the current position and the saved one",
+        {"history", "history", "list every change, the position and the saved state",
             "Changes of one command share a group number; \"-\" marks a change made\n"
             "outside any group.", {}, 0, 0, false, runHistory},
-        {"save", "save [PATH]", "write the project to PATH, or to its file, atomically",
+        {"save", "save [PATH]", "write the project to PATH or to its file, atomically",
             "Saving to PATH makes PATH the project's file.", {}, 0, 1, false, runSave},
         {"quit", "quit", "leave; refused while there are unsaved changes", "", {}, 0, 0, false, runQuit},
         {"quit!", "quit!", "leave, discarding unsaved changes", "", {}, 0, 0, false, runForceQuit},
