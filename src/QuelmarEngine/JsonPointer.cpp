@@ -213,8 +213,13 @@ const rapidjson::Value* JsonPointer::get(const rapidjson::Value& root) const {
 
 rapidjson::Value* JsonPointer::get(rapidjson::Value& root) const {
     CORRADE_ASSERT(_valid, "JsonPointer::get(): invalid pointer", nullptr);
+    return resolve(root, _tokens.size());
+}
+
+rapidjson::Value* JsonPointer::resolve(rapidjson::Value& root, const std::size_t tokenCount) const {
     rapidjson::Value* v = &root;
-    for(const Token& t: _tokens) {
+    for(std::size_t i = 0; i != tokenCount; ++i) {
+        const Token& t = _tokens[i];
         if(v->IsObject()) {
             v = findMember(*v, t.name);
             if(!v) return nullptr;
@@ -268,17 +273,8 @@ bool JsonPointer::erase(rapidjson::Value& root) const {
     CORRADE_ASSERT(_valid, "JsonPointer::erase(): invalid pointer", false);
     if(_tokens.empty()) return false;
 
-    rapidjson::Value* v = &root;
-    for(std::size_t i = 0; i + 1 < _tokens.size(); ++i) {
-        const Token& t = _tokens[i];
-        if(v->IsObject()) {
-            v = findMember(*v, t.name);
-            if(!v) return false;
-        } else if(v->IsArray()) {
-            if(t.index == InvalidIndex || t.index >= v->Size()) return false;
-            v = &(*v)[t.index];
-        } else return false;
-    }
+    rapidjson::Value* const v = resolve(root, _tokens.size() - 1);
+    if(!v) return false;
 
     const Token& last = _tokens.back();
     if(v->IsObject()) {

@@ -91,6 +91,9 @@ class JsonPointer {
         bool erase(rapidjson::Value& root) const;
 
     private:
+        /* The value at the first @p tokenCount tokens, or null */
+        rapidjson::Value* resolve(rapidjson::Value& root, std::size_t tokenCount) const;
+
         std::string _names;
         std::vector<Token> _tokens;
         std::size_t _errorOffset{};
