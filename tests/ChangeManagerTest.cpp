@@ -1,6 +1,9 @@
+#include <cstring>
+#include <functional>
+#include <memory>
 #include <sstream>
 #include <string>
-#include <vector>
+#include <utility>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <Corrade/Utility/Debug.h>
@@ -15,438 +18,279 @@ using testing::MatchesRegex;
 
 namespace {
 
-struct Fixture: testing::Test {
-    void load(const char* json) { ASSERT_TRUE(project.loadFromString(json)); }
+/* Runs space-separated steps: "[" opens a group, "]" commits, "<" undoes,
+   ">" redoes, "/p" pushes the next of 0, 1, 2... to /p, "=/p" merging */
+void run(ChangeManager& changes, const char* script) {
+    std::istringstream in{script};
+    int value = 0;
+    for(std::string step; in >> step; ) {
+        if(step == "[") changes.beginGroup();
+        else if(step == "]") changes.commit();
+        else if(step == "<") changes.undoLast();
+        else if(step == ">") changes.redoLastUndo();
+        else changes.pushChange(step.data() + (step[0] == '='), rapidjson::Value{value++}, step[0] == '=');
+    }
+}
+
+/* Paths of the records, oldest first */
+std::string paths(const ChangeManager& changes) {
+    std::string out;
+    for(std::size_t i = 0; i != changes.changeCount(); ++i)
+        out += (i ? " " : "") + std::string{changes.change(i).path.data()};
+    return out;
+}
+
+/* A literal with the zero bytes inside it */
+template<std::size_t size> std::string text(const char(&data)[size]) {
+    return std::string(data, size - 1);
+}
+
+Containers::Array<char> pathArray(const char* text) {
+    Containers::Array<char> out{ValueInit, std::strlen(text) + 1};
+    std::memcpy(out.data(), text, out.size() - 1);
+    return out;
+}
+
+struct ChangeManagerTest: testing::Test {
     std::string document() const { return writeJson(*project.document); }
 
-    /* Paths of the records in history order, for checking what merges did */
-    std::vector<std::string> paths() const {
-        std::vector<std::string> out;
-        for(std::size_t i = 0; i != changes.changeCount(); ++i)
-            out.push_back(changes.change(i).path.data());
-        return out;
-    }
-
-    /* Records every notification as "path" */
+    /* Appends the path of every notification to notified */
     void recordNotifications() {
-        changes.addChangeHandler("", [](const Change& change, Containers::ArrayView<const Containers::String>, void* userData) {
-            static_cast<std::vector<std::string>*>(userData)->push_back(change.path.data());
+        changes.addChangeHandler("", [](const Change& change, Containers::ArrayView<const Containers::String>, void* out) {
+            *static_cast<std::string*>(out) += std::string{change.path.data()} + " ";
         }, &notified);
     }
 
     ProjectFile project;
     ChangeManager changes{project};
-    std::vector<std::string> notified;
+    std::string notified;
 };
 
-using ChangeManagerTest = Fixture;
-using ChangeManagerDeathTest = Fixture;
+using ChangeManagerDeathTest = ChangeManagerTest;
 
-std::string print(const Change& change) {
-    std::ostringstream out;
-    {
-        Utility::Debug debug{&out};
-        debug << change;
-    }
-    return out.str();
-}
-
-
-}
-
-TEST(ChangeTest, MoveTakesValuesAndAssignmentExchangesThem) {
-    JsonAllocator allocator;
-    Change a;
-    EXPECT_TRUE(a.path.isEmpty());
-    EXPECT_EQ(a.group, -1);
-    a.path = Containers::Array<char>{ValueInit, 3};
-    a.oldValue = Containers::pointer<rapidjson::Value>(1);
-    a.group = 7;
-
-    Change b{std::move(a)};
-    EXPECT_TRUE(a.path.isEmpty());
-    EXPECT_FALSE(a.oldValue);
-    EXPECT_EQ(a.group, 7);
-    EXPECT_EQ(b.path.size(), 3u);
-    EXPECT_EQ(b.oldValue->GetInt(), 1);
-    EXPECT_EQ(b.group, 7);
-
-    Change c;
-    c.newValue = Containers::pointer<rapidjson::Value>(2);
-    c.group = 3;
-    b = std::move(c);
-    EXPECT_EQ(b.newValue->GetInt(), 2);
-    EXPECT_FALSE(b.oldValue);
-    EXPECT_EQ(b.group, 3);
-    /* The source got the target's parts but kept its group */
-    EXPECT_EQ(c.oldValue->GetInt(), 1);
-    EXPECT_EQ(c.path.size(), 3u);
-    EXPECT_EQ(c.group, 3);
 }
 
 TEST_F(ChangeManagerTest, DebugPrint) {
-    load(R"({"objects":{"a":{"name":"A"}}})");
+    ASSERT_TRUE(project.loadFromString(R"({"objects":{"a":{"name":"A"}}})"));
     changes.pushChange("/objects/a/name", "B", false);
-    EXPECT_EQ(print(changes.lastChange()), "Change /objects/a/name: \"A\" -> \"B\"\n");
-    changes.pushChange("/objects/b", rapidjson::Value{rapidjson::kObjectType}, false);
-    EXPECT_EQ(print(changes.lastChange()), "Create /objects/b: () -> {}\n");
-    changes.pushRemoval("/objects/a");
-    EXPECT_EQ(print(changes.lastChange()), "Remove /objects/a: {\"name\":\"B\"} -> ()\n");
-    changes.pushRemoval("/nothing");
-    EXPECT_EQ(print(changes.lastChange()), "Create /nothing: () -> ()\n");
-}
-
-TEST_F(ChangeManagerTest, FreshManager) {
-    EXPECT_FALSE(changes.hasUnsavedChanges());
-    EXPECT_FALSE(changes.canUndo());
-    EXPECT_FALSE(changes.canRedo());
-    recordNotifications();
-    changes.commit();
-    changes.undoLast();
-    changes.redoLastUndo();
-    EXPECT_TRUE(notified.empty());
-    EXPECT_EQ(changes.lastChangeIndex(), -1);
-    EXPECT_EQ(document(), "{}");
-}
-
-TEST_F(ChangeManagerTest, PushRecordsAndDropsRedoTail) {
-    load(R"({"objects":{"a":{"name":"A"}}})");
-    changes.pushChange("/objects/a/name", "A", false);
-    changes.pushChange("/objects/a/parent", "p", false);
-    changes.pushChange("/objects/a/name", "C", false);
-
     /* An equal value is still a replacement, a missing path a creation */
-    EXPECT_TRUE(changes.change(0).oldValue && changes.change(0).newValue);
-    EXPECT_FALSE(changes.change(1).oldValue);
-    EXPECT_EQ(changes.change(0).path.size(), sizeof("/objects/a/name"));
-
-    changes.undoLast();
-    changes.undoLast();
-    EXPECT_EQ(document(), R"({"objects":{"a":{"name":"A"}}})");
-    EXPECT_TRUE(changes.canRedo());
-    changes.pushChange("/objects/a/name", "R", false);
-    EXPECT_EQ(paths(), (std::vector<std::string>{"/objects/a/name", "/objects/a/name"}));
-    EXPECT_FALSE(changes.canRedo());
-    changes.redoLastUndo();
-    EXPECT_EQ(document(), R"({"objects":{"a":{"name":"R"}}})");
+    changes.pushChange("/objects/a/name", "B", false);
+    changes.pushChange("/objects/b", rapidjson::Value{rapidjson::kObjectType}, false);
+    changes.pushRemoval("/objects/a");
+    changes.pushRemoval("/nothing");
+    std::ostringstream out;
+    for(std::size_t i = 0; i != 5; ++i) { Utility::Debug debug{&out}; debug << changes.change(i); }
+    EXPECT_EQ(out.str(), "Change /objects/a/name: \"A\" -> \"B\"\nChange /objects/a/name: \"B\" -> \"B\"\nCreate /objects/b: () -> {}\n"
+                         "Remove /objects/a: {\"name\":\"B\"} -> ()\nCreate /nothing: () -> ()\n");
 }
 
-TEST_F(ChangeManagerTest, HistoryGrowsPastFirstReservation) {
-    for(int i = 0; i != 1000; ++i)
-        changes.pushChange("/n", rapidjson::Value{i}, false);
-    EXPECT_EQ(changes.changeCount(), 1000u);
-    EXPECT_EQ(changes.change(999).newValue->GetInt(), 999);
-    EXPECT_EQ(changes.change(0).path.data(), std::string{"/n"});
-    for(int i = 0; i != 1000; ++i) changes.undoLast();
-    EXPECT_EQ(document(), "{}");
-}
-
-TEST_F(ChangeManagerTest, Merge) {
-    struct Row {
-        const char* name;
-        bool group;
-        std::vector<const char*> pushes; /* "path" or "=path" for a merging push */
-        int undosBeforeLast;
-        std::vector<std::string> expectedPaths;
-        const char* expectedDocument;
+TEST(ChangeManagerMergeTest, Merge) {
+    const struct {
+        const char *name, *script, *paths, *document;
     } rows[]{
-        {"grouped, merged record becomes newest", true,
-         {"/first", "/x", "/y", "=/x"}, 0,
-         {"/first", "/y", "/x"}, R"({"first":0,"x":3,"y":2})"},
-        {"grouped, newest record itself", true,
-         {"/first", "/x", "=/x"}, 0,
-         {"/first", "/x"}, R"({"first":0,"x":2})"},
-        {"group starting at index 0 is never a target", true,
-         {"/x", "=/x"}, 0,
-         {"/x", "/x"}, R"({"x":1})"},
-        {"merge flag false gives two records", true,
-         {"/first", "/x", "/x"}, 0,
-         {"/first", "/x", "/x"}, R"({"first":0,"x":2})"},
-        {"ungrouped run merges too", false,
-         {"/first", "/x", "/y", "=/x"}, 0,
-         {"/first", "/y", "/x"}, R"({"first":0,"x":3,"y":2})"},
-        {"ungrouped merge keeps the redo tail", false,
-         {"/first", "/x", "/y"}, 1,
-         {"/first", "/x", "/y"}, R"({"first":0,"x":3})"},
-        {"no match appends", true,
-         {"/first", "/x", "=/z"}, 0,
-         {"/first", "/x", "/z"}, R"({"first":0,"x":1,"z":2})"},
+        {"grouped: the found record takes the value and becomes the newest", "/first [ /x /y =/x ]", "/first /y /x", R"({"first":0,"x":3,"y":2})"},
+        {"grouped from index 0: the first record is never a target", "[ /x /y =/x ]", "/x /y /x", R"({"x":2,"y":1})"},
+        {"ungrouped run", "/first /x /y =/x", "/first /y /x", R"({"first":0,"x":3,"y":2})"},
+        {"ungrouped merge keeps the redo tail", "/first /x /y < =/x", "/first /x /y", R"({"first":0,"x":3})"},
+        {"not past the end of the run", "/first [ /x ] /y =/x", "/first /x /y /x", R"({"first":0,"x":3,"y":2})"},
     };
-    for(const Row& row: rows) {
+    for(const auto& row: rows) {
         SCOPED_TRACE(row.name);
         ProjectFile project;
         ChangeManager changes{project};
-        int value = 0;
-        /* The first push of a row is outside the group, so that the group
-           starts at index 1 unless the row says otherwise */
-        for(std::size_t i = 0; i != row.pushes.size(); ++i) {
-            if(row.group && i == (row.pushes[0] == std::string{"/first"} ? 1 : 0)) changes.beginGroup();
-            const bool merge = row.pushes[i][0] == '=';
-            changes.pushChange(row.pushes[i] + merge, rapidjson::Value{value++}, merge);
-        }
-        for(int i = 0; i != row.undosBeforeLast; ++i) changes.undoLast();
-        if(row.undosBeforeLast) changes.pushChange("/x", rapidjson::Value{3}, true);
-        if(row.group) changes.commit();
-
-        std::vector<std::string> paths;
-        for(std::size_t i = 0; i != changes.changeCount(); ++i)
-            paths.push_back(changes.change(i).path.data());
-        EXPECT_EQ(paths, row.expectedPaths);
-        EXPECT_EQ(writeJson(*project.document), row.expectedDocument);
-
-        /* Whatever merged, undoing everything gives the empty document */
+        run(changes, row.script);
+        EXPECT_EQ(paths(changes), row.paths);
+        EXPECT_EQ(writeJson(*project.document), row.document);
+        /* The merged record keeps its first old value */
         while(changes.canUndo()) changes.undoLast();
         EXPECT_EQ(writeJson(*project.document), "{}");
     }
 }
 
-TEST_F(ChangeManagerTest, MergedRecordKeepsFirstOldValue) {
-    load(R"({"x":"old","y":0})");
-    changes.pushChange("/y", rapidjson::Value{1}, false);
-    changes.beginGroup();
-    changes.pushChange("/x", "a", false);
-    changes.pushChange("/y", rapidjson::Value{2}, false);
-    changes.pushChange("/x", "b", true);
+TEST_F(ChangeManagerTest, CommitNotifiesNewestFirst) {
+    /* Nothing to commit, undo or redo yet */
+    recordNotifications();
+    run(changes, "] < >");
+    EXPECT_EQ(notified, "");
+    run(changes, "/before [ /c1 /c2 /c3");
+    EXPECT_EQ(notified, "/before ");
     changes.commit();
-    EXPECT_EQ(changes.lastChange().oldValue->GetString(), std::string{"old"});
-    EXPECT_EQ(changes.lastChange().newValue->GetString(), std::string{"b"});
-    EXPECT_EQ(changes.changeCount(), 3u);
-    changes.undoLast();
-    EXPECT_EQ(document(), R"({"x":"old","y":1})");
-    changes.redoLastUndo();
-    EXPECT_EQ(document(), R"({"x":"b","y":2})");
+    EXPECT_EQ(notified, "/before /c3 /c2 /c1 ");
+    /* A nested beginGroup() leaves the first group's records unannounced;
+       undo and redo notify at once, a group per step */
+    notified.clear();
+    run(changes, "[ /d1 [ /e1 /e2 ] < < > >");
+    EXPECT_EQ(notified, "/e2 /e1 /e2 /e1 /d1 /d1 /e1 /e2 ");
+    EXPECT_EQ(changes.lastChangeIndex(), 6);
+    /* A commit with no group open announces the newest ungrouped run again */
+    run(changes, "/a /b");
+    notified.clear();
+    changes.commit();
+    EXPECT_EQ(notified, "/b /a ");
 }
 
-TEST_F(ChangeManagerTest, CommitNotifiesGroupNewestFirst) {
+TEST_F(ChangeManagerTest, Handlers) {
+    /* Each handler appends "key path [component|...]" to heard; the token
+       counts the live ones */
+    std::string heard;
+    const auto token = std::make_shared<int>();
+    static const char* const keys[]{"parent", "objects", "name", "k3", "k4", "k5", "k6", "k7", "k8", "k9", "k10", "k11", "k12", "k13", "k14", "k15", "k16"};
+    for(std::size_t i = 0; i != 17; ++i) {
+        changes.addChangeHandler(keys[i], [key = keys[i], token](const Change& change, Containers::ArrayView<const Containers::String> path, void* out) {
+            std::string& heard = *static_cast<std::string*>(out);
+            heard += std::string{key} + " " + change.path.data() + " [";
+            for(const Containers::String& component: path) heard += std::string{component.data(), component.size()} + "|";
+            heard += "]\n";
+        }, &heard);
+        /* Room grows by 16 at a time; searching an uncompiled map would abort */
+        EXPECT_EQ(changes.handlers().capacity(), i < 16 ? 16u : 32u);
+    }
+    changes.pushChange("/objects/a1/parent", "p", false);
+    changes.pushChange("/skins/s1/joints", "j", false);
+    /* A component equal to the key twice calls the handler twice */
+    changes.pushChange("/objects/a1/objects", "o", false);
+    changes.pushChange("/skins/s1/k16", "k", false);
+    /* Components in path order; the last one keeps the zero byte */
+    EXPECT_EQ(heard, text("objects /objects/a1/parent [|objects|a1|parent\0|]\n"
+                          "parent /objects/a1/parent [|objects|a1|parent\0|]\n"
+                          "objects /objects/a1/objects [|objects|a1|objects\0|]\n"
+                          "objects /objects/a1/objects [|objects|a1|objects\0|]\n"
+                          "k16 /skins/s1/k16 [|skins|s1|k16\0|]\n"));
+    /* The empty key hears everything */
     recordNotifications();
-    changes.pushChange("/before", "", false);
-    EXPECT_EQ(notified, (std::vector<std::string>{"/before"}));
+    changes.pushChange("/skins/s1/joints", "J", false);
+    EXPECT_EQ(notified, "/skins/s1/joints ");
 
+    /* reset() destroys every handler, and none hears anything after */
+    heard.clear();
     notified.clear();
-    changes.beginGroup();
-    changes.pushChange("/c1", "", false);
-    changes.pushChange("/c2", "", false);
-    changes.pushChange("/c3", "", false);
-    EXPECT_TRUE(changes.isGroupOpen());
-    EXPECT_TRUE(notified.empty());
-    changes.commit();
-    EXPECT_FALSE(changes.isGroupOpen());
-    EXPECT_EQ(notified, (std::vector<std::string>{"/c3", "/c2", "/c1"}));
-
-    /* Nested beginGroup(): the first group's records are never announced */
-    notified.clear();
-    changes.beginGroup();
-    changes.pushChange("/d1", "", false);
-    changes.beginGroup();
-    changes.pushChange("/e1", "", false);
-    changes.pushChange("/e2", "", false);
-    changes.commit();
-    EXPECT_EQ(notified, (std::vector<std::string>{"/e2", "/e1"}));
-
-    /* Undo and redo notify at once, one group per step */
-    notified.clear();
-    changes.undoLast();
-    changes.undoLast();
-    changes.redoLastUndo();
-    EXPECT_EQ(notified, (std::vector<std::string>{"/e2", "/e1", "/d1", "/d1"}));
-}
-
-TEST_F(ChangeManagerTest, CommitWithoutGroupAnnouncesUngroupedRunAgain) {
-    recordNotifications();
-    changes.beginGroup();
-    changes.pushChange("/g", "", false);
-    changes.commit();
-    changes.pushChange("/a", "", false);
-    changes.pushChange("/b", "", false);
-    changes.pushChange("/c", "", false);
-    notified.clear();
-    changes.commit();
-    EXPECT_EQ(notified, (std::vector<std::string>{"/c", "/b", "/a"}));
+    changes.reset(project);
+    EXPECT_EQ(token.use_count(), 1);
+    changes.pushChange("/objects/a1/name", "M", false);
+    EXPECT_EQ(heard + notified, "");
 }
 
 TEST_F(ChangeManagerTest, SaveMark) {
-    for(int i = 0; i != 4; ++i) changes.pushChange("/n", rapidjson::Value{i}, false);
+    run(changes, "/n /n /n /n");
     changes.markSave();
-    EXPECT_EQ(changes.savedChangeIndex(), 3);
     EXPECT_FALSE(changes.hasUnsavedChanges());
-
-    changes.undoLast();
-    changes.undoLast();
-    EXPECT_TRUE(changes.hasUnsavedChanges());
-    changes.pushChange("/n", rapidjson::Value{10}, false);
-    EXPECT_EQ(changes.lastChangeIndex(), 2);
+    /* A push drops the redo tail */
+    run(changes, "< < /n");
+    EXPECT_EQ(changes.changeCount(), 3u);
     EXPECT_EQ(changes.savedChangeIndex(), 3);
     EXPECT_TRUE(changes.hasUnsavedChanges());
-
-    /* The new record lands on the saved index: the saved state is gone */
-    changes.pushChange("/n", rapidjson::Value{11}, false);
-    EXPECT_EQ(changes.lastChangeIndex(), 3);
+    /* A record landing on the saved index: the saved state is gone */
+    run(changes, "/n");
     EXPECT_EQ(changes.savedChangeIndex(), -1);
-    EXPECT_TRUE(changes.hasUnsavedChanges());
-
-    while(changes.canUndo()) changes.undoLast();
+    run(changes, "< < < <");
     EXPECT_FALSE(changes.hasUnsavedChanges());
-
     /* A merge at the mark leaves it alone, although the document changed */
-    changes.redoLastUndo();
-    changes.redoLastUndo();
+    run(changes, "> >");
     changes.markSave();
-    changes.pushChange("/n", rapidjson::Value{12}, true);
+    run(changes, "=/n");
     EXPECT_EQ(changes.savedChangeIndex(), 1);
     EXPECT_FALSE(changes.hasUnsavedChanges());
-
-    /* reset keeps the mark */
-    while(changes.canRedo()) changes.redoLastUndo();
-    changes.markSave();
+    /* reset() forgets the history, keeps the mark and the open group */
+    changes.beginGroup();
     changes.reset(project);
     EXPECT_EQ(changes.changeCount(), 0u);
-    EXPECT_EQ(changes.lastChangeIndex(), -1);
-    EXPECT_EQ(changes.savedChangeIndex(), 3);
+    EXPECT_EQ(changes.savedChangeIndex(), 1);
     EXPECT_TRUE(changes.hasUnsavedChanges());
-}
-
-TEST_F(ChangeManagerTest, UndoRedoSteps) {
-    load(R"({"objects":{}})");
-    changes.pushChange("/objects/u", "1", false);
-    changes.beginGroup();
-    changes.pushChange("/objects/a", rapidjson::Value{rapidjson::kObjectType}, false);
-    changes.pushChange("/objects/a/name", "A", false);
-    changes.pushChange("/objects/a/parent", "u", false);
-    changes.commit();
-    changes.pushChange("/objects/v", "2", false);
-    changes.pushChange("/objects/w", "3", false);
-
-    const char* states[]{
-        R"({"objects":{}})",
-        R"({"objects":{"u":"1"}})",
-        R"({"objects":{"u":"1","a":{"name":"A","parent":"u"}}})",
-        R"({"objects":{"u":"1","a":{"name":"A","parent":"u"},"v":"2"}})",
-        R"({"objects":{"u":"1","a":{"name":"A","parent":"u"},"v":"2","w":"3"}})",
-    };
-    const int positions[]{-1, 0, 3, 4, 5};
-    for(int step = 4; step != 0; --step) {
-        SCOPED_TRACE(step);
-        EXPECT_EQ(document(), states[step]);
-        EXPECT_EQ(changes.lastChangeIndex(), positions[step]);
-        changes.undoLast();
-    }
-    EXPECT_EQ(document(), states[0]);
-    EXPECT_FALSE(changes.canUndo());
-    for(int step = 1; step != 5; ++step) {
-        SCOPED_TRACE(step);
-        changes.redoLastUndo();
-        EXPECT_EQ(document(), states[step]);
-        EXPECT_EQ(changes.lastChangeIndex(), positions[step]);
-    }
-    EXPECT_FALSE(changes.canRedo());
-    changes.redoLastUndo();
-    EXPECT_EQ(changes.lastChangeIndex(), 5);
+    EXPECT_TRUE(changes.isGroupOpen());
 }
 
 TEST_F(ChangeManagerTest, PushAppend) {
-    load(R"({"o":{"list":["a"],"text":"t","number":1}})");
+    /* What is absent or not an array counts as an empty array */
+    ASSERT_TRUE(project.loadFromString(R"({"o":{"list":["a"],"text":"t"}})"));
     changes.pushAppend("/o/list", "b");
     changes.pushAppend("/o/text", "c");
-    changes.pushAppend("/o/missing", "d");
-    changes.pushAppend("/o/number", "{}");
-    EXPECT_EQ(document(), R"({"o":{"list":["a","b"],"text":["c"],"number":["{}"],"missing":["d"]}})");
-    EXPECT_FALSE(changes.lastChange().oldValue == nullptr);
-    while(changes.canUndo()) changes.undoLast();
-    EXPECT_EQ(document(), R"({"o":{"list":["a"],"text":"t","number":1}})");
+    changes.pushAppend("/o/missing", "{}");
+    EXPECT_EQ(document(), R"({"o":{"list":["a","b"],"text":["c"],"missing":["{}"]}})");
+    run(changes, "< < <");
+    EXPECT_EQ(document(), R"({"o":{"list":["a"],"text":"t"}})");
 }
 
-TEST_F(ChangeManagerTest, PathArrayForms) {
-    Containers::Array<char> path{ValueInit, 3};
-    path[0] = '/';
-    path[1] = 'a';
-    changes.pushChange(std::move(path), "text", false);
-    /* Not taken: the caller keeps its array */
-    EXPECT_EQ(path.size(), 3u);
-    EXPECT_EQ(document(), R"({"a":"text"})");
-
-    Containers::Array<char> removal{ValueInit, 3};
-    removal[0] = '/';
-    removal[1] = 'a';
+TEST_F(ChangeManagerTest, PathArrays) {
+    /* The string form leaves the caller's array alone, the others exchange
+       it with what the slot held: nothing when new, the path of the dropped
+       redo record when reused */
+    Containers::Array<char> a = pathArray("/a"), removal = pathArray("/a"), b = pathArray("/b");
+    changes.pushChange(std::move(a), "text", false);
+    EXPECT_EQ(a.size(), 3u);
     changes.pushRemoval(std::move(removal));
-    /* Exchanged with the empty new slot */
     EXPECT_TRUE(removal.isEmpty());
-    EXPECT_EQ(document(), "{}");
-
-    /* A reused redo-tail slot hands back the path it held */
     changes.undoLast();
-    Containers::Array<char> other{ValueInit, 3};
-    other[0] = '/';
-    other[1] = 'b';
-    rapidjson::Value value{5};
-    changes.pushChange(std::move(other), &value, false);
-    EXPECT_EQ(std::string{other.data()}, "/a");
+    const rapidjson::Value value{5};
+    changes.pushChange(std::move(b), &value, false);
+    EXPECT_STREQ(b.data(), "/a");
     EXPECT_EQ(document(), R"({"a":"text","b":5})");
 }
 
-TEST_F(ChangeManagerTest, ReverseOfEmptyRecordIsEmptyRemoval) {
-    load(R"({"a":{"b":{}}})");
-    Change change;
-    change.path = Containers::Array<char>{ValueInit, 3};
-    change.path[0] = '/';
-    change.path[1] = 'a';
-    change.group = 4;
-    const Change reversed = changes.reverse(change);
-    EXPECT_FALSE(reversed.oldValue);
-    EXPECT_FALSE(reversed.newValue);
-    EXPECT_EQ(reversed.group, -1);
-    EXPECT_EQ(reversed.path.size(), 3u);
-    changes.applyChange(reversed);
-    EXPECT_EQ(document(), "{}");
-}
-
-TEST_F(ChangeManagerTest, ResetForgetsHistoryAndHandlers) {
-    recordNotifications();
-    changes.beginGroup();
-    changes.pushChange("/a", "", false);
-    changes.reset(project);
-    EXPECT_EQ(changes.changeCount(), 0u);
-    EXPECT_EQ(changes.handlers().count(), 0u);
-    /* The group stays open */
-    EXPECT_TRUE(changes.isGroupOpen());
-    changes.commit();
-    changes.pushChange("/b", "", false);
-    EXPECT_EQ(notified, std::vector<std::string>{});
-
-    /* A default-constructed manager works once it has a project */
-    ChangeManager other;
-    other.reset(project);
-    other.pushChange("/c", "", false);
-    EXPECT_EQ(document(), R"({"a":"","b":"","c":""})");
+/* Each row pushes one change, a removal for a null value, then undoes and
+   redoes it */
+TEST(ChangeManagerApplyTest, ApplyUndoRedo) {
+    const struct {
+        const char *name, *document, *path, *value, *applied;
+        const char* undone; /* null when it is the document */
+    } rows[]{
+        {"removal erases the record it empties, undo restores it last", R"({"objects":{"a7":{"name":"A"},"b":{"name":"B"}}})", "/objects/a7/name", nullptr,
+         R"({"objects":{"b":{"name":"B"}}})", R"({"objects":{"b":{"name":"B"},"a7":{"name":"A"}}})"},
+        {"removal never erases a top-level member", R"({"skins":{"s":{"joints":[]}}})", "/skins/s", nullptr, R"({"skins":{}})", nullptr},
+        {"cleanup climbs through arrays and objects", R"({"objects":{"a7":{"components":[{"type":"mesh"}]}}})", "/objects/a7/components/0/type", nullptr, R"({"objects":{}})", nullptr},
+        {"cleanup stops at a container that keeps something", R"({"objects":{"a7":{"name":"A","components":[{"type":"mesh"}]}}})", "/objects/a7/components/0", nullptr, R"({"objects":{"a7":{"name":"A"}}})", nullptr},
+        {"removal of a missing path cleans up from its parent", R"({"t":{"a":{"b":{}},"c":1}})", "/t/a/b/missing", nullptr, R"({"t":{"c":1}})", R"({"t":{"c":1}})"},
+        {"removal through - without an old value erases nothing", R"({"list":[1,2]})", "/list/-", nullptr, R"({"list":[1,2]})", nullptr},
+        {"array element removal, undo inserts it back", R"({"list":[10,20,30]})", "/list/1", nullptr, R"({"list":[10,30]})", nullptr},
+        {"creation past the end pads with nulls, which stay", R"({"list":[10,20,30]})", "/list/5", "5", R"({"list":[10,20,30,null,null,5]})", R"({"list":[10,20,30,null,null]})"},
+        {"creation through - appends, undo takes the last element", R"({"list":[10,20,30]})", "/list/-", "5", R"({"list":[10,20,30,5]})", nullptr},
+        {"- on an object names a member", R"({"o":{"x":1}})", "/o/-", "5", R"({"o":{"x":1,"-":5}})", nullptr},
+        {"negative index inserts at the front, undo takes the first", R"({"list":[10,20]})", "/list/-3", "5", R"({"list":[5,10,20]})", nullptr},
+        {"numeric key on an object is a member", R"({"objects":{"a":{}}})", "/objects/12", "{}", R"({"objects":{"a":{},"12":{}}})", nullptr},
+        {"index key under a missing parent makes an array", R"({"o":{"x":1}})", "/o/list/0", "5", R"({"o":{"x":1,"list":[5]}})", nullptr},
+        {"name under a missing parent makes objects", R"({"o":{"x":1}})", "/o/a/b", "5", R"({"o":{"x":1,"a":{"b":5}}})", nullptr},
+        {"replacement", R"({"o":{"x":[1,2]}})", "/o/x", R"({"y":true})", R"({"o":{"x":{"y":true}}})", nullptr},
+    };
+    for(const auto& row: rows) {
+        SCOPED_TRACE(row.name);
+        ProjectFile project;
+        ASSERT_TRUE(project.loadFromString(row.document));
+        ChangeManager changes{project};
+        if(row.value) {
+            rapidjson::Document value;
+            value.Parse(row.value);
+            changes.pushChange(row.path, value, false);
+        } else changes.pushRemoval(row.path);
+        EXPECT_EQ(writeJson(*project.document), row.applied);
+        changes.undoLast();
+        EXPECT_EQ(writeJson(*project.document), row.undone ? row.undone : row.document);
+        changes.redoLastUndo();
+        EXPECT_EQ(writeJson(*project.document), row.applied);
+    }
 }
 
 TEST_F(ChangeManagerDeathTest, FatalErrors) {
-    load(R"({"s":"text"})");
-    ChangeManager noProject;
+    ASSERT_TRUE(project.loadFromString(R"({"s":"text"})"));
+    ChangeManager none;
     const rapidjson::Value value{1};
-    struct Row {
-        const char* name;
-        std::function<void()> call;
-        const char* message;
-    } rows[]{
-        {"push", [&]{ noProject.pushChange("/a", value, false); }, "ChangeManager::pushChange(): no project file\n"},
-        {"push string", [&]{ noProject.pushChange("/a", "x", false); }, "ChangeManager::pushChange(): no project file\n"},
-        {"removal", [&]{ noProject.pushRemoval("/a"); }, "ChangeManager::pushRemoval(): no project file\n"},
-        {"append", [&]{ noProject.pushAppend("/a", "x"); }, "ChangeManager::pushAppend(): no project file\n"},
-        {"apply", [&]{ noProject.applyChange(Change{}); }, "ChangeManager::applyChange(): no project file\n"},
-        {"undo", [&]{ noProject.undoLast(); }, "ChangeManager::undoLast(): no project file\n"},
-        {"redo", [&]{ noProject.redoLastUndo(); }, "ChangeManager::redoLastUndo(): no project file\n"},
-        {"invalid pointer", [&]{ changes.pushChange("a/b", value, false); }, "ChangeManager::pushChange(): invalid JSON pointer a/b\n"},
-        {"invalid escape", [&]{ changes.pushRemoval("/a~2"); }, "ChangeManager::pushChange(): invalid JSON pointer /a~2\n"},
-        {"undo in group", [&]{ changes.beginGroup(); changes.undoLast(); }, "ChangeManager::undoLast(): Can't undo/redo changes in group. Forgot commit()?\n"},
-        {"redo in group", [&]{ changes.beginGroup(); changes.redoLastUndo(); }, "ChangeManager::redoLastUndo(): Can't undo/redo changes in group. Forgot commit()?\n"},
-        {"no document", [&]{ project.document = nullptr; changes.pushChange("/a", value, false); }, "Containers::Pointer: the pointer is null\n"},
-        {"no document on apply", [&]{ changes.pushChange("/a", value, false); changes.undoLast(); project.document = nullptr; changes.redoLastUndo(); }, "Containers::Pointer: the pointer is null\n"},
+    const std::pair<std::function<void()>, const char*> rows[]{
+        {[&]{ none.pushChange("/a", value, false); }, "ChangeManager::pushChange(): no project file\n"},
+        {[&]{ none.pushRemoval("/a"); }, "ChangeManager::pushRemoval(): no project file\n"},
+        {[&]{ none.pushAppend("/a", "x"); }, "ChangeManager::pushAppend(): no project file\n"},
+        {[&]{ none.applyChange(Change{}); }, "ChangeManager::applyChange(): no project file\n"},
+        {[&]{ none.undoLast(); }, "ChangeManager::undoLast(): no project file\n"},
+        {[&]{ none.redoLastUndo(); }, "ChangeManager::redoLastUndo(): no project file\n"},
+        {[&]{ none.allocator(); }, "ChangeManager::allocator(): no project file\n"},
+        {[&]{ changes.change(0); }, "ChangeManager::change(): index 0 out of range for 0 records\n"},
+        {[&]{ changes.pushChange("a/b", value, false); }, "ChangeManager::pushChange(): invalid JSON pointer a/b\n"},
+        {[&]{ Change change; change.path = pathArray("a"); changes.applyChange(change); }, "ChangeManager::applyChange(): invalid JSON pointer a\n"},
+        {[&]{ changes.beginGroup(); changes.undoLast(); }, "ChangeManager::undoLast(): Can't undo/redo changes in group. Forgot commit()?\n"},
+        {[&]{ changes.beginGroup(); changes.redoLastUndo(); }, "ChangeManager::redoLastUndo(): Can't undo/redo changes in group. Forgot commit()?\n"},
+        {[&]{ project.document = nullptr; changes.pushChange("/a", value, false); }, "Containers::Pointer: the pointer is null\n"},
     };
-    for(const Row& row: rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_DEATH(row.call(), Eq(row.message));
+    for(const auto& row: rows) {
+        SCOPED_TRACE(row.second);
+        EXPECT_DEATH(row.first(), Eq(row.second));
     }
-
     EXPECT_DEATH(changes.lastChange(), MatchesRegex("Assertion _lastChange >= 0 && _lastChange < int\\(_changes\\.size\\(\\)\\) failed at .*ChangeManager\\.cpp:[0-9]+\n"));
     /* An index key under a string */
     EXPECT_DEATH(changes.pushChange("/s/0", value, false), MatchesRegex("Assertion value\\.IsArray\\(\\) failed at .*ChangeManager\\.cpp:[0-9]+\n"));
