@@ -1,13 +1,15 @@
 /* End-to-end tests of the quelmar program: the built binary run on
-   temporary copies of real project files. */
+   temporary copies of the examples folder. */
+#include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <regex>
 #include <sstream>
 #include <string>
-#include <vector>
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,15 +17,9 @@
 
 namespace {
 
-std::string environment(const char* const name) {
-    const char* const value = std::getenv(name);
-    return value ? value : "";
-}
-
 std::string readText(const std::string& path) {
-    std::ifstream file{path, std::ios::binary};
     std::ostringstream text;
-    text << file.rdbuf();
+    text << std::ifstream{path, std::ios::binary}.rdbuf();
     return text.str();
 }
 
@@ -32,21 +28,11 @@ void writeText(const std::string& path, const std::string& text) {
 }
 
 std::string shellQuoted(const std::string& text) {
-    std::string out = "'";
-    for(const char c: text) out += c == '\'' ? std::string{"'\\''"} : std::string(1, c);
-    return out + "'";
+    return "'" + std::regex_replace(text, std::regex{"'"}, "'\\''") + "'";
 }
 
-std::vector<std::string> lines(const std::string& text) {
-    std::vector<std::string> out;
-    std::istringstream in{text};
-    for(std::string line; std::getline(in, line); ) out.push_back(line);
-    return out;
-}
-
-/* Keys made by the program change from run to run: a per-run prefix and a
-   counter. Keeping the counter and dropping the prefix makes output
-   comparable. */
+/* New keys are a per-run prefix and a counter: dropping the prefix makes
+   output comparable from run to run */
 std::string withStableKeys(const std::string& text) {
     std::smatch match;
     if(!std::regex_search(text, match, std::regex{"\\b([0-9a-z]{8,9})00[0-9a-z]{2}\\b"})) return text;
@@ -61,10 +47,10 @@ struct Outcome {
 class QuelmarProgramTest: public testing::Test {
     protected:
         void SetUp() override {
-            binary = environment("QUELMAR_BINARY");
-            source = environment("QUELMAR_SOURCE_DIR");
-            ASSERT_FALSE(binary.empty()) << "QUELMAR_BINARY names no program; run the test through ctest";
-            ASSERT_FALSE(source.empty()) << "QUELMAR_SOURCE_DIR is not set; run the test through ctest";
+            for(auto [name, value]: {std::pair{"QUELMAR_BINARY", &binary}, {"QUELMAR_SOURCE_DIR", &source}}) {
+                ASSERT_TRUE(std::getenv(name) && *std::getenv(name)) << name << " is not set; run the test through ctest";
+                *value = std::getenv(name);
+            }
             char pattern[] = "/tmp/quelmar-test-XXXXXX";
             ASSERT_TRUE(::mkdtemp(pattern));
             dir = pattern;
@@ -77,22 +63,23 @@ class QuelmarProgramTest: public testing::Test {
 
         std::string path(const std::string& name) const { return dir + "/" + name; }
 
-        /* Runs the program in the folder with @p input on a pipe; @p shell
-           comes first in the same shell, for limits and signal dispositions */
-        Outcome run(const std::string& arguments, const std::string& input = {}, const std::string& shell = {}) const {
-            writeText(path(".stdin"), input);
-            const std::string command = "cd " + shellQuoted(dir) + " && " + shell + " " + shellQuoted(binary) + " " + arguments +
-                " <.stdin >.stdout 2>.stderr";
-            const int status = std::system(command.data());
+        Outcome outcome(const int status) const {
             return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readText(path(".stdout")), readText(path(".stderr"))};
         }
 
-        /* Runs the program with a terminal as its standard input */
-        Outcome runInTerminal(const std::string& arguments, const std::string& input) const {
+        /* Runs the program with @p input on a pipe, after @p shell (limits, signal dispositions) */
+        Outcome run(const std::string& arguments, const std::string& input = {}, const std::string& shell = {}) const {
+            writeText(path(".stdin"), input);
+            return outcome(std::system(("cd " + shellQuoted(dir) + " && " + shell + " " + shellQuoted(binary) + " " + arguments +
+                " <.stdin >.stdout 2>.stderr").data()));
+        }
+
+        /* Runs the program on scene.json with a terminal as its standard input */
+        Outcome runInTerminal(const std::string& input) const {
             const int master = ::posix_openpt(O_RDWR|O_NOCTTY);
             if(master < 0 || ::grantpt(master) != 0 || ::unlockpt(master) != 0) return {-1, {}, "no terminal"};
             const std::string terminal = ::ptsname(master);
-            const std::string command = "exec " + shellQuoted(binary) + " " + arguments + " >.stdout 2>.stderr";
+            const std::string command = "exec " + shellQuoted(binary) + " scene.json >.stdout 2>.stderr";
             const pid_t child = ::fork();
             if(child == 0) {
                 ::setsid();
@@ -102,16 +89,15 @@ class QuelmarProgramTest: public testing::Test {
                 ::execl("/bin/sh", "sh", "-c", command.data(), static_cast<char*>(nullptr));
                 ::_exit(127);
             }
-            /* Control-D at the start of a line is the end of input */
+            /* Control-D ends the input; the echo is read away until the program is gone */
             const std::string text = input + "\x04";
             if(::write(master, text.data(), text.size()) != ssize_t(text.size())) return {-1, {}, "can't write to the terminal"};
-            /* Take the echo away until the program is gone */
             char buffer[4096];
             while(::read(master, buffer, sizeof(buffer)) > 0) {}
             int status;
             ::waitpid(child, &status, 0);
             ::close(master);
-            return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readText(path(".stdout")), readText(path(".stderr"))};
+            return outcome(status);
         }
 
         std::string binary, source, dir;
@@ -124,7 +110,7 @@ TEST_F(QuelmarProgramTest, DemoScriptGivesTheRecordedOutput) {
 
     const std::string golden = source + "/tests/golden/demo.txt";
     const std::string out = withStableKeys(demo.out);
-    if(environment("QUELMAR_UPDATE_GOLDEN") == "1") writeText(golden, out);
+    if(const char* const update = std::getenv("QUELMAR_UPDATE_GOLDEN"); update && std::string{update} == "1") writeText(golden, out);
     EXPECT_EQ(out, readText(golden)) << "QUELMAR_UPDATE_GOLDEN=1 rewrites the recorded output";
 
     /* What was saved opens again, as it was at the end of the demo */
@@ -135,242 +121,124 @@ TEST_F(QuelmarProgramTest, DemoScriptGivesTheRecordedOutput) {
     EXPECT_EQ(withStableKeys(reopened.out), lastTree);
 }
 
-TEST_F(QuelmarProgramTest, Invocation) {
-    const Outcome help = run("--help");
-    EXPECT_EQ(help.status, 0);
-    EXPECT_EQ(help.out.find("usage: quelmar"), 0u);
-
-    const Outcome version = run("--version");
-    EXPECT_EQ(version.status, 0);
-    EXPECT_EQ(version.out.find("quelmar "), 0u);
-
-    for(const char* usage: {"--frobnicate", "a.json b.json", "-c", "-s", "-c tree -s demo.quelmar"}) {
-        SCOPED_TRACE(usage);
-        const Outcome wrong = run(usage);
-        EXPECT_EQ(wrong.status, 2);
-        EXPECT_EQ(lines(wrong.err).size(), 1u);
-        EXPECT_EQ(wrong.err.find("error: "), 0u);
-    }
-
-    /* Project files that can't be opened */
+/* Exit statuses, one-line errors, and what ends a run: the first failing
+   command of -c, a script or a pipe, or the end of the commands, like quit */
+TEST_F(QuelmarProgramTest, ExitStatusesAndEndsOfRuns) {
     writeText(path("broken.json"), "{\"objects\": [}");
-    writeText(path("slash.json"), "{\"objects\": {\"a/b\": {}}}");
-    for(const char* file: {"missing.json", "broken.json", "slash.json", "."}) {
-        SCOPED_TRACE(file);
-        const Outcome refused = run(std::string{file} + " -c tree");
-        EXPECT_EQ(refused.status, 1);
-        EXPECT_EQ(refused.out, "");
-        EXPECT_EQ(lines(refused.err).size(), 1u);
-        EXPECT_EQ(refused.err.find("error: Can't load"), 0u);
+    writeText(path("script.quelmar"), "# comment\n\nadd A\nfrobnicate\nadd B\n");
+    const std::string original = readText(path("scene.json"));
+    /* The output is checked up to the length of the expected one */
+    const struct { const char* arguments; const char* input; int status; const char* out; std::string err; } runs[]{
+        {"--help", "", 0, "usage: quelmar [PROJECT.json] [-c", ""},
+        {"--version", "", 0, "quelmar ", ""},
+        {"--frobnicate", "", 2, "", "error: unknown option --frobnicate; see quelmar --help\n"},
+        {"a.json b.json", "", 2, "", "error: give at most one project file; see quelmar --help\n"},
+        {"-c", "", 2, "", "error: -c needs commands; see quelmar --help\n"},
+        {"-c tree -s demo.quelmar", "", 2, "", "error: give either -c or -s, once; see quelmar --help\n"},
+        {"missing.json -c tree", "", 1, "", "error: Can't load missing.json: No such file or directory\n"},
+        {"broken.json -c tree", "", 1, "", "error: Can't load broken.json: invalid JSON at byte 13: Invalid value.\n"},
+        {"-s missing.quelmar", "", 1, "", "error: can't read missing.quelmar: No such file or directory\n"},
+        /* No file: an empty project, which saves only with a path */
+        {"-c 'tree; save'", "", 1, "(root)\n", "error: the project has no file yet; give one: save PATH\n"},
+        {"-c 'add A; save new.json; status'", "", 0, "K0001\nsaved new.json\nfile: new.json\n", ""},
+        {"scene.json -s script.quelmar", "", 1, "K0001\n", "error: script.quelmar:4: unknown command frobnicate; \"help\" lists the commands\n"},
+        {"scene.json", "select hero\nselection\nselect nobody\nadd A\n", 1, "hero \"Hero\"\n", "error: there is no object nobody\n"},
+        /* Semicolons inside quotes belong to the argument */
+        {"scene.json -c 'set /objects/hero/name \"A;B\"; get /objects/hero/name; quit!'", "", 0, "\"A;B\"\n", ""},
+        {"scene.json -c 'add Crate; quit'", "", 1, "K0001\n",
+            "error: there are unsaved changes to /objects/K0001, /objects/K0001/name; save them, or use quit! to discard them\n"},
+        {"scene.json", "add Crate\n", 1, "K0001\n", "error: there are unsaved changes to /objects/K0001, /objects/K0001/name; they are lost\n"},
+        /* Saved, undone and replaced by another change: the opened state is not the saved one */
+        {"scene.json -c 'add A; save other.json; undo; add B; undo; quit'", "", 1, "K0001\nsaved other.json\n",
+            "error: there are unsaved changes; save them, or use quit! to discard them\n"},
+    };
+    for(const auto& expected: runs) {
+        SCOPED_TRACE(expected.arguments);
+        const Outcome result = run(expected.arguments, expected.input);
+        EXPECT_EQ(result.status, expected.status);
+        EXPECT_EQ(withStableKeys(result.out).substr(0, std::strlen(expected.out)), expected.out);
+        EXPECT_EQ(withStableKeys(result.err), expected.err);
+        EXPECT_EQ(readText(path("scene.json")), original);
+    }
+    EXPECT_NE(readText(path("new.json")).find("\"name\": \"A\""), std::string::npos);
+}
+
+/* Every command's output in sessions on the example scene */
+TEST_F(QuelmarProgramTest, Commands) {
+    const struct { const char* commands; const char* out; } sessions[]{
+        {"add Crate; add Crate hero; add Crate; select hero; selection; delete spine; select sword camera; delete; tree; status",
+            "K0001\nK0002\nK0003\nhero \"Hero\"\ndeleted 2 objects\ndeleted 2 objects\n"
+            "(root)\n"
+            "├── stage \"Stage\"\n"
+            "│   ├── floor \"Floor\"\n"
+            "│   ├── lamp \"Lamp\"\n"
+            "│   └── hero \"Hero\"\n"
+            "│       ├── hips \"Hips\"\n"
+            "│       └── K0002 \"Crate.000\"\n"
+            "├── K0001 \"Crate\"\n"
+            "└── K0003 \"Crate.001\"\n"
+            "file: scene.json\nobjects: 8 in the scene, 4 deleted\nselected: 0\n"
+            "history: 5 steps to undo, 0 to redo (10 of 10 changes applied)\nunsaved changes\n"},
+        /* Plain reparenting keeps local transformations, one step for all; keeping world
+           placements, the lamp at (2, 4, -1) goes under the floor at (0, -0.5, 0) scaled 10, 1, 10 */
+        {"select head sword; reparent camera; get /objects/head/parent; get /objects/sword/transformation; undo; "
+         "get /objects/head/parent; select lamp floor; reparent root --keep-transform; select lamp; "
+         "reparent floor --keep-transform; get /objects/lamp/transformation",
+            "Reparenting object head to camera\nReparenting object sword to camera\n\"camera\"\n"
+            "[1, 0, 0, 0, 0, 0, 1, 0, 0, -1, 0, 0, 0.3, 0, 0.1, 1]\nundid 1 step (2 changes)\n\"spine\"\n"
+            "Reparenting object floor to root\nReparenting object lamp to root\nReparenting object lamp to floor\n"
+            "[0.10000000149011612, 0.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 0.0, 0.10000000149011612, 0.0, 0.20000000298023224, 4.5, -0.10000000149011612, 1.0]\n"},
+        {"duplicate-resource materials stone; delete-resource materials steel; get /materials; undo 2; get /materials/steel/metallic",
+            "K0001\n{\n"
+            "  \"stone\": {\n    \"name\": \"Stone\",\n    \"color\": [0.5, 0.5, 0.45, 1]\n  },\n"
+            "  \"cloth\": {\n    \"name\": \"Cloth\",\n    \"color\": [0.7, 0.2, 0.2, 1]\n  },\n"
+            "  \"K0001\": {\n    \"name\": \"Stone\",\n    \"color\": [0.5, 0.5, 0.45, 1]\n  }\n}\n"
+            "undid 2 steps (2 changes)\n1\n"},
+        /* A paste, of five objects, their skin and its two references, is one step */
+        {"select hero; copy --trees hero.clip; select camera; paste --child; select head sword; duplicate; "
+         "select floor; paste hero.clip; undo",
+            "copied 5 objects and 1 skin\npasted 5 objects: K0001 K0002 K0003 K0004 K0005\n"
+            "duplicated 2 objects: K0007 K0008\npasted 5 objects: K0009 K000a K000b K000c K000d\nundid 1 step (8 changes)\n"},
+        {"set /objects/hero/name \"Knight\"; save knight.json; add Crate; remove /objects/camera; undo; history; "
+         "redo; undo 2; redo 2",
+            "saved knight.json\nK0001\nundid 1 step (1 change)\n4 changes in 3 steps: 2 to undo, 1 to redo\n"
+            "   1 [1] Change /objects/hero/name: \"Hero\" -> \"Knight\"\n"
+            "      --- saved ---\n"
+            "   2 [2] Create /objects/K0001: () -> {}\n"
+            "   3 [2] Create /objects/K0001/name: () -> \"Crate\"\n"
+            "      --- now ---\n"
+            "   4 [3] Remove /objects/camera: {\"name\":\"Camera\",\"transformation\":[1,0,0,0,0,0.9701425,0.2425356,0,0,-0.2425356,0.9701425,0,0,2,8,1],\"components\":[{\"type\":\"camera\",\"camera\":{\"fov\":60}}]} -> () (undone)\n"
+            "redid 1 step (1 change)\nundid 2 steps (3 changes)\nredid 2 steps (3 changes)\n"},
+    };
+    for(const auto& session: sessions) {
+        SCOPED_TRACE(session.commands);
+        const Outcome result = run("scene.json -c '" + std::string{session.commands} + "; quit!'");
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(withStableKeys(result.out), session.out);
     }
 
-    /* No file: an empty project, saved only with a path */
-    const Outcome empty = run("-c 'tree; save'");
-    EXPECT_EQ(empty.status, 1);
-    EXPECT_EQ(empty.out, "(root)\n");
-    EXPECT_EQ(empty.err, "error: the project has no file yet; give one: save PATH\n");
-    EXPECT_EQ(run("-c 'add A; save new.json; status'").status, 0);
-    EXPECT_NE(readText(path("new.json")).find("\"name\": \"A\""), std::string::npos);
-
-    /* A script stops at its first failing command and names its line */
-    writeText(path("script.quelmar"), "# comment\n\nadd A\nfrobnicate\nadd B\n");
-    const Outcome script = run("scene.json -s script.quelmar");
-    EXPECT_EQ(script.status, 1);
-    EXPECT_EQ(lines(script.out).size(), 1u);
-    EXPECT_EQ(script.err, "error: script.quelmar:4: unknown command frobnicate; \"help\" lists the commands\n");
-    EXPECT_EQ(run("-s missing.quelmar").status, 1);
-
-    /* Commands on a pipe: no prompt, and they stop at a failure too */
-    const Outcome piped = run("scene.json", "select hero\nselection\nselect nobody\nselection\n");
-    EXPECT_EQ(piped.status, 1);
-    EXPECT_EQ(piped.out, "hero \"Hero\"\n");
-    EXPECT_EQ(piped.err, "error: there is no object nobody\n");
-
-    /* Semicolons inside quotes belong to the argument */
-    const Outcome quotedSemicolon = run("scene.json -c 'set /objects/hero/name \"A;B\"; get /objects/hero/name; quit!'");
-    EXPECT_EQ(quotedSemicolon.status, 0);
-    EXPECT_EQ(quotedSemicolon.out, "\"A;B\"\n");
+    /* The clipboard file holds one record a line; the paste of it above read it back */
+    EXPECT_EQ(readText(path("hero.clip")).find("{\"objects\":{\n\"hero\": {"), 0u);
 }
 
-TEST_F(QuelmarProgramTest, QuitWithUnsavedChanges) {
-    const std::string original = readText(path("scene.json"));
-
-    const Outcome refused = run("scene.json -c 'add Crate; quit'");
-    EXPECT_EQ(refused.status, 1);
-    const std::string key = lines(refused.out).at(0);
-    EXPECT_EQ(refused.err, "error: there are unsaved changes to /objects/" + key + ", /objects/" + key +
-        "/name; save them, or use quit! to discard them\n");
-
-    const Outcome forced = run("scene.json -c 'add Crate; quit!'");
-    EXPECT_EQ(forced.status, 0);
-    EXPECT_EQ(forced.err, "");
-
-    /* The end of input is a quit */
-    const Outcome ended = run("scene.json", "add Crate\n");
-    EXPECT_EQ(ended.status, 1);
-    EXPECT_NE(ended.err.find("there are unsaved changes"), std::string::npos);
-    EXPECT_EQ(run("scene.json -c 'add Crate; undo'").status, 0);
-    EXPECT_EQ(readText(path("scene.json")), original);
-
-    /* Saved, undone and replaced by another change: going back to the
-       opened state is not the saved state any more */
-    const Outcome replaced = run("scene.json -c 'add A; save; undo; add B; undo; status; quit'");
-    EXPECT_EQ(replaced.status, 1);
-    EXPECT_NE(replaced.out.find("unsaved changes\n"), std::string::npos);
-    EXPECT_EQ(replaced.err.find("error: there are unsaved changes"), 0u);
-}
-
-TEST_F(QuelmarProgramTest, EditingObjects) {
-    const Outcome added = run("scene.json -c 'add Crate; add Crate hero; add Crate; select hero; selection; "
-        "delete spine; select sword camera; delete; tree; status; quit!'");
-    ASSERT_EQ(added.status, 0) << added.err;
-    EXPECT_EQ(added.err, "");
-    const std::vector<std::string> out = lines(withStableKeys(added.out));
-    ASSERT_GE(out.size(), 3u);
-    EXPECT_EQ(out[0], "K0001");
-    EXPECT_EQ(out[1], "K0002");
-    EXPECT_EQ(withStableKeys(added.out).substr(18),
-        "hero \"Hero\"\n"
-        "deleted 2 objects\n"
-        "deleted 2 objects\n"
-        "(root)\n"
-        "├── stage \"Stage\"\n"
-        "│   ├── floor \"Floor\"\n"
-        "│   ├── lamp \"Lamp\"\n"
-        "│   └── hero \"Hero\"\n"
-        "│       ├── hips \"Hips\"\n"
-        "│       └── K0002 \"Crate.000\"\n"
-        "├── K0001 \"Crate\"\n"
-        "└── K0003 \"Crate.001\"\n"
-        "file: scene.json\n"
-        "objects: 8 in the scene, 4 deleted\n"
-        "selected: 0\n"
-        "history: 5 steps to undo, 0 to redo (10 of 10 changes applied)\n"
-        "unsaved changes\n");
-
-    /* Plain reparenting keeps local transformations; each selected object
-       moves, and the library says so for each */
-    const Outcome plain = run("scene.json -c 'select head sword; reparent camera; get /objects/head/parent; "
-        "get /objects/sword/transformation; undo; get /objects/head/parent; quit!'");
-    EXPECT_EQ(plain.status, 0);
-    EXPECT_EQ(plain.out,
-        "Reparenting object head to camera\n"
-        "Reparenting object sword to camera\n"
-        "\"camera\"\n"
-        "[1, 0, 0, 0, 0, 0, 1, 0, 0, -1, 0, 0, 0.3, 0, 0.1, 1]\n"
-        "undid 1 step (2 changes)\n"
-        "\"spine\"\n");
-
-    /* Keeping the world placement: the lamp at (2, 4, -1) under the stage
-       moves under the floor at (0, -0.5, 0) scaled by 10, 1, 10 */
-    const Outcome kept = run("scene.json -c 'select lamp floor; reparent root --keep-transform; select lamp; "
-        "reparent floor --keep-transform; get /objects/lamp/transformation; quit!'");
-    EXPECT_EQ(kept.status, 0);
-    EXPECT_EQ(kept.out,
-        "Reparenting object floor to root\n"
-        "Reparenting object lamp to root\n"
-        "Reparenting object lamp to floor\n"
-        "[0.10000000149011612, 0.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 0.0, 0.10000000149011612, 0.0, 0.20000000298023224, 4.5, -0.10000000149011612, 1.0]\n");
-
-    /* Resources by type and key */
-    const Outcome resources = run("scene.json -c 'duplicate-resource materials stone; delete-resource materials steel; "
-        "get /materials; undo 2; get /materials/steel/metallic; quit!'");
-    EXPECT_EQ(resources.status, 0);
-    EXPECT_EQ(withStableKeys(resources.out),
-        "K0001\n{\n"
-        "  \"stone\": {\n    \"name\": \"Stone\",\n    \"color\": [0.5, 0.5, 0.45, 1]\n  },\n"
-        "  \"cloth\": {\n    \"name\": \"Cloth\",\n    \"color\": [0.7, 0.2, 0.2, 1]\n  },\n"
-        "  \"K0001\": {\n    \"name\": \"Stone\",\n    \"color\": [0.5, 0.5, 0.45, 1]\n  }\n}\n"
-        "undid 2 steps (2 changes)\n"
-        "1\n");
-}
-
-TEST_F(QuelmarProgramTest, ClipboardAndDuplicates) {
-    /* The clipboard file holds one record a line; pasting it as a child
-       gives new keys and rewires the skin and its joints */
-    const Outcome copied = run("scene.json -c 'select hero; copy --trees hero.clip; select camera; paste --child; "
-        "get /skins; tree; quit!'");
-    ASSERT_EQ(copied.status, 0) << copied.err;
-    EXPECT_EQ(copied.err, "");
-    const std::string clip = readText(path("hero.clip"));
-    EXPECT_EQ(clip.find("{\"objects\":{\n\"hero\": {"), 0u);
-    EXPECT_NE(clip.find("\n}\n,\"skins\":{\n\"heroSkin\": {\"joints\":[\"hips\",\"spine\",\"head\"]}\n}\n}"), std::string::npos);
-    const std::string out = withStableKeys(copied.out);
-    EXPECT_EQ(out.substr(0, out.find("{")),
-        "copied 5 objects and 1 skin\n"
-        "pasted 5 objects: K0001 K0002 K0003 K0004 K0005\n");
-    EXPECT_NE(out.find("\"K0006\": {\n    \"joints\": [\"K0002\", \"K0003\", \"K0004\"]\n  }"), std::string::npos);
-    EXPECT_NE(out.find("└── camera \"Camera\"\n"
-                       "    └── K0001 \"Hero\" *\n"
-                       "        └── K0002 \"Hips\" *\n"
-                       "            ├── K0003 \"Spine\" *\n"
-                       "            │   └── K0004 \"Head\" *\n"
-                       "            └── K0005 \"Sword\" *\n"), std::string::npos);
-
-    /* A file from another session pastes beside the selection; one undo
-       takes a whole paste back */
-    const Outcome pasted = run("scene.json -c 'select floor; paste hero.clip; undo; status; quit!'");
-    EXPECT_EQ(pasted.status, 0);
-    EXPECT_NE(pasted.out.find("undid 1 step (8 changes)\n"), std::string::npos);
-
-    /* Duplicating without the trees copies only the selected objects, all
-       beside the one with the lowest index */
-    const Outcome duplicated = run("scene.json -c 'select head sword; duplicate; tree; quit!'");
-    EXPECT_EQ(duplicated.status, 0);
-    EXPECT_NE(withStableKeys(duplicated.out).find("duplicated 2 objects: K0001 K0002\n"), std::string::npos);
-    EXPECT_NE(withStableKeys(duplicated.out).find("│           │   ├── K0001 \"Head\" *\n"
-                                                  "│           │   └── K0002 \"Sword\" *\n"
-                                                  "│           └── sword \"Sword\"\n"), std::string::npos);
-}
-
-TEST_F(QuelmarProgramTest, HistoryUndoRedo) {
-    const Outcome history = run("scene.json -c 'set /objects/hero/name \"Knight\"; save; add Crate; remove /objects/camera; "
-        "undo; history; redo; undo 2; redo 2; status; quit!'");
-    ASSERT_EQ(history.status, 0) << history.err;
-    EXPECT_EQ(withStableKeys(history.out),
-        "saved scene.json\n"
-        "K0001\n"
-        "undid 1 step (1 change)\n"
-        "4 changes in 3 steps: 2 to undo, 1 to redo\n"
-        "   1 [1] Change /objects/hero/name: \"Hero\" -> \"Knight\"\n"
-        "      --- saved ---\n"
-        "   2 [2] Create /objects/K0001: () -> {}\n"
-        "   3 [2] Create /objects/K0001/name: () -> \"Crate\"\n"
-        "      --- now ---\n"
-        "   4 [3] Remove /objects/camera: {\"name\":\"Camera\",\"transformation\":[1,0,0,0,0,0.9701425,0.2425356,0,0,-0.2425356,0.9701425,0,0,2,8,1],\"components\":[{\"type\":\"camera\",\"camera\":{\"fov\":60}}]} -> () (undone)\n"
-        "redid 1 step (1 change)\n"
-        "undid 2 steps (3 changes)\n"
-        "redid 2 steps (3 changes)\n"
-        "file: scene.json\n"
-        "objects: 9 in the scene\n"
-        "selected: 0\n"
-        "history: 3 steps to undo, 0 to redo (4 of 4 changes applied)\n"
-        "unsaved changes\n");
-}
-
-/* A refused command changes nothing: in a terminal session the commands
-   go on after each refusal, and the state at the end is as at the start */
+/* A refused command prints one error line and changes nothing, not even the
+   selection: at a terminal the commands go on, and end as before the first */
 TEST_F(QuelmarProgramTest, RefusalsChangeNothing) {
     writeText(path("array.clip"), "[1, 2]");
     writeText(path("deep.clip"), std::string(300, '[') + std::string(300, ']'));
-    const struct {
-        const char* command;
-        const char* error;
-    } refusals[]{
+    const struct { const char* command; const char* error; } refusals[]{
         {"frobnicate", "unknown command frobnicate; \"help\" lists the commands"},
         {"tree --all", "tree has no option --all; usage: tree"},
         {"add", "missing argument; usage: add NAME [PARENT]"},
         {"add A B C", "too many arguments; usage: add NAME [PARENT]"},
         {"add \"unclosed", "unterminated double quote at column 5"},
-        {"add A nobody", "there is no object nobody"},
         {"add A head", "object head is not in the scene: it or an ancestor is deleted"},
         {"add ''", "an object's name can't be empty"},
         {"select hero nobody", "there is no object nobody"},
-        {"delete nobody", "there is no object nobody"},
         {"delete", "nothing is selected"},
         {"reparent hero", "nothing is selected"},
-        {"get /objects/nobody", "there is no value at /objects/nobody"},
-        {"get objects", "invalid JSON Pointer objects at byte 0: it has to be empty or start with /, and ~ has to be followed by 0 or 1"},
+        {"duplicate", "nothing is selected"},
         {"set \"\" {}", "set can't replace the whole document; set its members instead"},
         {"set /a~2 1", "invalid JSON Pointer /a~2 at byte 3: it has to be empty or start with /, and ~ has to be followed by 0 or 1"},
         {"set /objects/hero/transformation/100000000 1", "index 100000000 is past the end of the array at /objects/hero/transformation, which has 16 elements"},
@@ -380,52 +248,48 @@ TEST_F(QuelmarProgramTest, RefusalsChangeNothing) {
         {"set /objects/a~1b {}", "a key can't be empty or hold / ~ \" \\ or a control character"},
         {"set /objects/x 1", "a record of objects has to be a JSON object"},
         {"set /skins []", "skins has to be a JSON object"},
-        {"set /objects/hero/name", "missing argument; usage: set POINTER JSON"},
         {"set /objects/hero/name Knight", "invalid JSON at byte 0: Invalid value."},
         {"remove \"\"", "remove can't remove the whole document"},
         {"remove /objects/nobody", "there is no value at /objects/nobody"},
         {"paste", "the clipboard is empty; copy something first"},
         {"paste missing.clip", "can't read missing.clip: No such file or directory"},
         {"paste array.clip", "array.clip is not a JSON object"},
-        {"duplicate", "nothing is selected"},
-        {"copy", "nothing is selected"},
+        {"paste deep.clip", "deep.clip is not valid JSON: byte 256: nested deeper than 256 levels"},
         {"duplicate-resource materials nothing", "materials has no record nothing"},
         {"delete-resource textures stone", "the project has no textures"},
-        {"undo 2", "there is only 1 step to undo"},
+        {"undo 3", "there are only 2 steps to undo"},
         {"redo", "there is nothing to redo"},
-        {"undo 0", "the count has to be a positive number, not 0"},
         {"undo 99999999999999999999", "the count has to be a positive number, not 99999999999999999999"},
         {"select stage", nullptr},
         {"reparent hips", "can't move the selected objects under hips, which is selected or lies below a selected object"},
         {"reparent stage", "can't move the selected objects under stage, which is selected or lies below a selected object"},
         {"select hero", nullptr},
-        {"paste deep.clip", "deep.clip is not valid JSON: byte 256: nested deeper than 256 levels"},
-        {"help nothing", "unknown command nothing; \"help\" lists the commands"},
+        {"reparent camera --keep-transform", "can't keep world placements under camera: its world transformation has a zero scale"},
+        {"save /nonexistent/dir/x.json", "Can't save /nonexistent/dir/x.json: No such file or directory"},
     };
-    std::string input = "delete spine\n", expectedErrors;
+    std::string input = "delete spine\nset /objects/camera/transformation [0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,1]\n", expectedErrors;
     for(const auto& refusal: refusals) {
         input += refusal.command + std::string{"\n"};
         if(refusal.error) expectedErrors += "error: " + std::string{refusal.error} + "\n";
     }
-    /* The deleted spine and the selected hero are as before every refusal */
-    input += "history\nselection\nquit\nundo\nquit\n";
+    /* The two changes, the selected hero, and the failed save not counted as one */
+    input += "history\nselection\nquit\nundo 2\nquit\n";
 
-    const Outcome session = runInTerminal("scene.json", input);
+    const Outcome session = runInTerminal(input);
     EXPECT_EQ(session.status, 0);
     ASSERT_EQ(session.err.substr(0, expectedErrors.size()), expectedErrors);
-    EXPECT_EQ(session.err.substr(expectedErrors.size()),
-        "error: there are unsaved changes to /objects/spine/deleted; save them, or use quit! to discard them\n");
+    EXPECT_EQ(session.err.substr(expectedErrors.size()), "error: there are unsaved changes to /objects/spine/deleted, "
+        "/objects/camera/transformation; save them, or use quit! to discard them\n");
     /* One prompt per line read, and one before the end of input */
-    const std::string out = session.out;
     std::size_t prompts = 0;
-    for(std::size_t at = out.find("quelmar> "); at != std::string::npos; at = out.find("quelmar> ", at + 1)) ++prompts;
-    EXPECT_EQ(prompts, lines(input).size());
-    EXPECT_NE(out.find("1 change in 1 step: 1 to undo, 0 to redo\n"), std::string::npos);
-    EXPECT_NE(out.find("quelmar> hero \"Hero\"\n"), std::string::npos);
+    for(std::size_t at = session.out.find("quelmar> "); at != std::string::npos; at = session.out.find("quelmar> ", at + 1)) ++prompts;
+    EXPECT_EQ(prompts, std::size_t(std::count(input.begin(), input.end(), '\n')));
+    EXPECT_NE(session.out.find("2 changes in 2 steps: 2 to undo, 0 to redo\n"), std::string::npos);
+    EXPECT_NE(session.out.find("quelmar> hero \"Hero\"\n"), std::string::npos);
 }
 
-/* Whatever the input, the program ends with a status of its own, never by
-   a signal, and every diagnostic line is one of its own */
+/* Whatever the input, the program ends with 0 or 1, never by a signal, and
+   every diagnostic line is one of its own */
 TEST_F(QuelmarProgramTest, HostileInputDoesNotAbort) {
     writeText(path("odd.clip"), "{\"objects\":{\"a\":5,\"b\":{\"parent\":7,\"skin\":[],\"components\":[3,{\"type\":\"mesh\",\"mesh\":2}]}},"
         "\"skins\":{\"s\":{\"joints\":[1,null,\"b\"]},\"t\":[]}}");
@@ -433,7 +297,6 @@ TEST_F(QuelmarProgramTest, HostileInputDoesNotAbort) {
     writeText(path("cycle.json"), "{\"objects\":{\"a\":{\"parent\":\"b\"},\"b\":{\"parent\":\"a\"},\"c\":{\"parent\":\"c\"}}}");
     const std::string inputs[]{
         "set /objects/hero/parent \"hero\"\ntree\nselect hero\ndelete\nundo\nduplicate --trees\nreparent root --keep-transform\n",
-        "set /objects/hero/transformation [0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,1]\nselect lamp\nreparent hero --keep-transform\nreparent hero\ntree\n",
         "set /objects/hero/transformation [1e308,0,0,0,0,1e308,0,0,0,0,1e308,0,0,0,0,1]\nselect sword\nreparent root --keep-transform\n",
         "set /x " + std::string(300, '[') + std::string(300, ']') + "\n",
         "set /skins/heroSkin/joints [1, {}, null]\nselect hero\ncopy --trees\npaste\nduplicate --trees\n",
@@ -447,8 +310,7 @@ TEST_F(QuelmarProgramTest, HostileInputDoesNotAbort) {
         for(const char* project: {"scene.json", "cycle.json"}) {
             const Outcome result = run(project, input + "tree\nhistory\nquit!\n");
             EXPECT_TRUE(result.status == 0 || result.status == 1) << result.status << result.err;
-            for(const std::string& line: lines(result.err))
-                EXPECT_TRUE(line.find("error: ") == 0 || line.find("warning: ") == 0) << line;
+            EXPECT_FALSE(std::regex_search(result.err, std::regex{"(^|\n)(?!error: |warning: |$)"})) << result.err;
         }
     }
 }
@@ -471,11 +333,6 @@ TEST_F(QuelmarProgramTest, InterruptedSaveKeepsTheOldFile) {
     EXPECT_EQ(failed.status, 1);
     EXPECT_EQ(failed.err, "error: Can't save scene.json: File too large\n");
     EXPECT_EQ(readText(path("scene.json")), original);
-
-    /* The failed save didn't count as a save */
-    const Outcome unsaved = run("scene.json -c 'set /padding 1; save /nonexistent/dir/x.json; status'");
-    EXPECT_EQ(unsaved.status, 1);
-    EXPECT_EQ(unsaved.err, "error: Can't save /nonexistent/dir/x.json: No such file or directory\n");
 }
 
 /* A large project: load, duplicate a 5,000-object tree, undo, redo and
@@ -490,33 +347,21 @@ TEST_F(QuelmarProgramTest, LargeProject) {
     constexpr double Seconds = 5.0;
 #endif
     std::string json = "{\"objects\":{\n\"group\":{\"name\":\"Group\"}";
-    const std::string transformation = ",\"transformation\":[1,0,0,0,0,1,0,0,0,0,1,0,1.5,2.5,3.5,1]";
-    for(std::size_t i = 1; i != Objects; ++i) {
-        const std::string key = "o" + std::to_string(i);
-        json += ",\n\"" + key + "\":{\"name\":\"Object " + std::to_string(i) + "\"" +
-            (i < Duplicated ? ",\"parent\":\"group\"" : "") + transformation + "}";
-    }
-    json += "}}\n";
-    writeText(path("large.json"), json);
+    for(std::size_t i = 1; i != Objects; ++i)
+        json += ",\n\"o" + std::to_string(i) + "\":{\"name\":\"Object " + std::to_string(i) + "\"" +
+            (i < Duplicated ? ",\"parent\":\"group\"" : "") + ",\"transformation\":[1,0,0,0,0,1,0,0,0,0,1,0,1.5,2.5,3.5,1]}";
+    writeText(path("large.json"), json + "}}\n");
 
     const auto start = std::chrono::steady_clock::now();
-    const Outcome loaded = run("large.json -c status");
-    const auto afterLoad = std::chrono::steady_clock::now();
-    const Outcome edited = run("large.json -c 'select group; duplicate --trees; undo; redo; save; status'");
-    const auto end = std::chrono::steady_clock::now();
-
-    ASSERT_EQ(loaded.status, 0) << loaded.err;
+    const Outcome edited = run("large.json -c 'status; select group; duplicate --trees; undo; redo; save; status'");
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    std::printf("%zu objects: load, duplicate %zu, undo, redo, save %.2f s\n", Objects, Duplicated, seconds);
     ASSERT_EQ(edited.status, 0) << edited.err;
-    EXPECT_NE(loaded.out.find("objects: " + std::to_string(Objects) + " in the scene\n"), std::string::npos);
-    EXPECT_NE(edited.out.find("duplicated " + std::to_string(Duplicated) + " objects:"), std::string::npos);
+    EXPECT_EQ(edited.out.find("file: large.json\nobjects: " + std::to_string(Objects) + " in the scene\n"), 0u);
+    EXPECT_NE(edited.out.find("\nduplicated " + std::to_string(Duplicated) + " objects:"), std::string::npos);
     EXPECT_NE(edited.out.find("objects: " + std::to_string(Objects + Duplicated) + " in the scene\n"), std::string::npos);
     EXPECT_NE(edited.out.find("\nsaved\n"), std::string::npos);
-
-    const double loadSeconds = std::chrono::duration<double>(afterLoad - start).count();
-    const double editSeconds = std::chrono::duration<double>(end - afterLoad).count();
-    std::printf("%zu objects: load and status %.2f s; load, duplicate %zu, undo, redo, save %.2f s\n",
-        Objects, loadSeconds, Duplicated, editSeconds);
-    EXPECT_LT(editSeconds, Seconds);
+    EXPECT_LT(seconds, Seconds);
 }
 
 }
