@@ -103,7 +103,7 @@ template<class T> class StaticMap {
         void clear() {
             for(std::uint64_t i = 0; i != _count; ++i) {
                 _entries[i].key = nullptr;
-                T{std::move(_entries[i].value)};
+                _entries[i].value = T{};
             }
             _count = 0;
         }
