@@ -48,7 +48,7 @@ bool runStatus(Session& session, const Arguments&) {
     if(records > live) std::cout << ", " << records - live << " deleted";
     std::cout << '\n'
               << "selected: " << QuelmarEngine::selectedObjectKeys(editor).size() << '\n'
-              << "history: " << undoSteps(manager) << " steps to undo, " << redoSteps(manager) << " to redo ("
+              << "history: " << undoSteps(manager) << (undoSteps(manager) == 1 ? " step" : " steps") << " to undo, " << redoSteps(manager) << " to redo ("
               << manager.lastChangeIndex() + 1 << " of " << manager.changeCount() << " changes applied)\n"
               << (session.hasUnsavedChanges() ? "unsaved changes" : "saved") << std::endl;
     return true;
