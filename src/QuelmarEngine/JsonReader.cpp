@@ -92,9 +92,9 @@ bool storeNumber(rapidjson::Document& document, const char* const text, const st
     for(; i != size && text[i] >= '0' && text[i] <= '9'; ++i) magnitude = magnitude*10 + unsigned(text[i] - '0');
     if(i == size && (size - minus <= 19 || std::from_chars(text + minus, text + size, magnitude).ec == std::errc{})) {
         if(!minus) return magnitude <= 0xffffffffu ? document.Uint(unsigned(magnitude)) : document.Uint64(magnitude);
-        /* Negated one less, so that the most negative value doesn't
-           overflow on the way */
         if(magnitude <= 0x80000000u) return document.Int(int(-std::int64_t(magnitude)));
+        /* One less negated, so that the most negative value doesn't overflow
+           on the way */
         if(magnitude <= 0x8000000000000000u) return document.Int64(-std::int64_t(magnitude - 1) - 1);
     }
     double value;
@@ -193,9 +193,11 @@ struct Failure {
     Containers::String reason;
 };
 
+enum class Outcome { Parsed, Refused, InRangeNumberRefused };
+
 /* One parse of @p text, which may have numbers substituted from
-   @p original; false and @p failure filled if it fails */
-bool parseOnce(rapidjson::Document& document, const char* const text, const std::size_t size, const char* const original, const std::vector<Substitute>& substitutes, const unsigned maxDepth, Failure& failure) {
+   @p original. Fills @p failure unless it parsed. */
+Outcome parseOnce(rapidjson::Document& document, const char* const text, const std::size_t size, const char* const original, const std::vector<Substitute>& substitutes, const unsigned maxDepth, Failure& failure) {
     rapidjson::MemoryStream stream{text, size};
     Builder builder{document, stream, original, substitutes, maxDepth};
     rapidjson::ParseResult result;
@@ -205,28 +207,28 @@ bool parseOnce(rapidjson::Document& document, const char* const text, const std:
         return !result.IsError();
     };
     document.Populate(generator);
-    if(!result.IsError()) return true;
+    if(!result.IsError()) return Outcome::Parsed;
 
     failure.offset = result.Offset();
+    failure.reason = rapidjson::GetParseError_En(result.Code());
     if(builder.stop == Builder::Stop::TooDeep)
         failure.reason = Utility::format("nested deeper than {} levels", maxDepth);
     else if(builder.stop == Builder::Stop::OutOfRange) {
         failure.offset = builder.stopOffset;
         failure.reason = "number out of range";
-    } else failure.reason = rapidjson::GetParseError_En(result.Code());
-    if(result.Code() != rapidjson::kParseErrorNumberTooBig) return false;
-
-    /* The scan stopped inside a number it thought too big: tell whether the
-       number is malformed after all, really out of range, or in range */
-    const NumberText number = scanNumber(original, size, failure.offset);
-    double value;
-    if(number.error != rapidjson::kParseErrorNone) {
-        failure.offset = number.end;
-        failure.reason = rapidjson::GetParseError_En(number.error);
-    } else if(!toDouble(original + failure.offset, number.end - failure.offset, value))
-        failure.reason = "number out of range";
-    else failure.reason = "";
-    return false;
+    } else if(result.Code() == rapidjson::kParseErrorNumberTooBig) {
+        /* The scan stopped inside a number it thought too big: it may be
+           malformed after all, really out of range, or in range */
+        const NumberText number = scanNumber(original, size, failure.offset);
+        double value;
+        if(number.error != rapidjson::kParseErrorNone) {
+            failure.offset = number.end;
+            failure.reason = rapidjson::GetParseError_En(number.error);
+        } else if(!toDouble(original + failure.offset, number.end - failure.offset, value))
+            failure.reason = "number out of range";
+        else return Outcome::InRangeNumberRefused;
+    }
+    return Outcome::Refused;
 }
 
 bool parseBody(rapidjson::Document& document, const char* const text, const std::size_t size, const unsigned maxDepth, Failure& failure) {
@@ -237,20 +239,18 @@ bool parseBody(rapidjson::Document& document, const char* const text, const std:
         return false;
     }
 
-    if(parseOnce(document, text, size, text, {}, maxDepth, failure)) return true;
-    /* An empty reason is a number that the scan refused though it is in
-       range. Such numbers are rare, so only then is the text parsed again,
-       with them shown to the scan as zeros. */
-    if(!failure.reason.isEmpty()) return false;
+    const Outcome outcome = parseOnce(document, text, size, text, {}, maxDepth, failure);
+    if(outcome != Outcome::InRangeNumberRefused) return outcome == Outcome::Parsed;
+
+    /* Such numbers are rare, so only then is the text parsed again, with
+       them shown to the scan as zeros */
     const std::vector<Substitute> substitutes = numbersToSubstitute(text, size);
     std::string substituted{text, size};
     for(const Substitute& number: substitutes) {
         substituted[number.offset] = '0';
         std::fill_n(&substituted[number.offset + 1], number.size - 1, ' ');
     }
-    if(parseOnce(document, substituted.data(), size, text, substitutes, maxDepth, failure)) return true;
-    if(failure.reason.isEmpty()) failure.reason = rapidjson::GetParseError_En(rapidjson::kParseErrorNumberTooBig);
-    return false;
+    return parseOnce(document, substituted.data(), size, text, substitutes, maxDepth, failure) == Outcome::Parsed;
 }
 
 }
