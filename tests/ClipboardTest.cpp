@@ -25,16 +25,12 @@ using ClipboardDeathTest = ClipboardTest;
 
 TEST_F(ClipboardTest, ClipboardText) {
     EXPECT_EQ(copySelected(editor), R"({"objects":{}})");
-    EXPECT_EQ(copySelectedTrees(editor), R"({"objects":{}})");
     /* The root is never copied, not even when its bit is set; a null key
        is the root, the empty one a key like any other */
     selectObjects(editor, {nullptr});
     EXPECT_EQ(copySelected(editor), R"({"objects":{}})");
     selectObjects(editor, {""});
     EXPECT_EQ(copySelected(editor), "{\"objects\":{\n\"\": {\"name\":\"Empty\"}\n}\n}");
-
-    selectObjects(editor, {"a"});
-    EXPECT_EQ(copySelected(editor), "{\"objects\":{\n\"a\": {\"name\":\"A\"}\n}\n}");
 
     /* Tree order whatever the order of selecting; skins in order of first reference, s2 once, 5 none */
     selectObjects(editor, {"e", "d", "c", "b"});
