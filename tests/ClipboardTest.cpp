@@ -9,8 +9,8 @@ using namespace QuelmarEngine;
 
 namespace {
 
-/* Two skins used out of order, a skin that is no key, a name that needs escaping, a fraction */
-const char* const Project = R"({"objects":{"a":{"name":"A"},"b":{"name":"say \"hi\"","parent":"a","skin":"s2"},"c":{"name":"C","parent":"a","skin":"s1"},)"
+/* Two skins used out of order, a skin that is no key, a name that needs escaping, a fraction, the empty key */
+const char* const Project = R"({"objects":{"":{"name":"Empty"},"a":{"name":"A"},"b":{"name":"say \"hi\"","parent":"a","skin":"s2"},"c":{"name":"C","parent":"a","skin":"s1"},)"
     R"("d":{"name":"D","skin":"s2","transformation":[1,0,0,0,0,1,0,0,0,0,1,0,0.5,0,0,1]},"e":{"name":"E","skin":5}},)"
     R"("skins":{"s1":{"joints":["a"]},"s2":{"joints":["b","c"]}}})";
 
@@ -25,13 +25,12 @@ using ClipboardDeathTest = ClipboardTest;
 
 TEST_F(ClipboardTest, ClipboardText) {
     EXPECT_EQ(copySelected(editor), R"({"objects":{}})");
-    EXPECT_EQ(copySelectedTrees(editor), R"({"objects":{}})");
-    /* The root is never copied, not even when its bit is set */
-    editor.data.selectObject(0, true);
+    /* The root is never copied, not even when its bit is set; a null key
+       is the root, the empty one a key like any other */
+    selectObjects(editor, {nullptr});
     EXPECT_EQ(copySelected(editor), R"({"objects":{}})");
-
-    selectObjects(editor, {"a"});
-    EXPECT_EQ(copySelected(editor), "{\"objects\":{\n\"a\": {\"name\":\"A\"}\n}\n}");
+    selectObjects(editor, {""});
+    EXPECT_EQ(copySelected(editor), "{\"objects\":{\n\"\": {\"name\":\"Empty\"}\n}\n}");
 
     /* Tree order whatever the order of selecting; skins in order of first reference, s2 once, 5 none */
     selectObjects(editor, {"e", "d", "c", "b"});
@@ -73,10 +72,10 @@ TEST_F(ClipboardTest, MapOfKeys) {
         return toString(editor, "objects", list);
     };
     EXPECT_EQ(map({}), "{}");
-    /* An empty first key stands for the root and is skipped, a later one is written like a key naming nothing */
-    EXPECT_EQ(map({""}), "{}");
-    EXPECT_EQ(map({"", "a"}), "{\n\"a\": {\"name\":\"A\"}\n}\n");
-    EXPECT_EQ(map({"a", "", "zz"}), "{\n\"a\": {\"name\":\"A\"},\n\"\": null,\n\"zz\": null\n}\n");
+    /* Keys that name nothing give null; keys are escaped as strings are,
+       which leaves all others byte for byte */
+    EXPECT_EQ(map({"", "a", "zz"}), "{\n\"\": {\"name\":\"Empty\"},\n\"a\": {\"name\":\"A\"},\n\"zz\": null\n}\n");
+    EXPECT_EQ(map({"q\"\\\t\x01/\xc3\xa9\x7f"}), "{\n\"q\\\"\\\\\\t\\u0001/\xc3\xa9\x7f\": null\n}\n");
 }
 
 TEST_F(ClipboardDeathTest, NoScene) {

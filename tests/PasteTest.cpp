@@ -124,8 +124,6 @@ TEST_F(PasteTest, OddTextPastesAsOneStep) {
         /* Text after a NUL is not read */
         {std::string{"{\"objects\":{\"a\":{}}}\0junk", 25}, "t", R"("K1":{"parent":"t"})", "", "K1", ""},
         {"{\"objects\":{\"\xff\":{\"name\":\"\xc3\x28\"}}}", "t", "\"K1\":{\"name\":\"\xc3\x28\",\"parent\":\"t\"}", "", "K1", ""},
-        {R"({"objects":{"a":{"n":[123456789012345678901234567890,1e308,-0,-9223372036854775808]}}})", "t",
-            R"("K1":{"n":[1.2345678901234568e+29,1e+308,0,-9223372036854775808],"parent":"t"})", "", "K1", ""},
         {R"({"objects":{"a":{"x":)" + deepest + "}}}", "t", R"("K1":{"x":)" + deepest + R"(,"parent":"t"})", "", "K1", ""},
     };
     for(const auto& row: data) {
@@ -148,9 +146,9 @@ TEST_F(PasteTest, UnreadableTextChangesNothing) {
     load(R"({"objects":{"t":{}},"skins":{}})");
     editor.changeManager->pushChange("/objects/t/name", "T", false);
     const std::string before = document();
-    for(const std::string& text: {std::string{}, std::string{R"([{"objects":{}}])"}, std::string{R"({"objects":{"a":{})"}, std::string{R"({"objects":{}} x)"},
-        std::string{"{}{}"}, std::string{R"({"objects":{"a":{"x":NaN}}})"}, std::string{R"({"objects":{"a":{"x":1e400}}})"}, std::string{R"({"objects":{"a\u12":{}}})"},
-        std::string(1000000, '['), deepObjects, std::string{"\0{\"objects\":{}}", 15}}) {
+    /* What the reader refuses is its own tests' business; these show that the paste uses it, and the root check */
+    for(const std::string& text: {std::string{}, std::string{R"([{"objects":{}}])"}, std::string{R"({"objects":{"a":{})"},
+        std::string{R"({"objects":{"a":{"x":1e400}}})"}, deepObjects, std::string{"\0{\"objects\":{}}", 15}}) {
         SCOPED_TRACE(text.substr(0, 40));
         keys = "stale";
         addText(text, "t");
@@ -257,6 +255,26 @@ TEST_F(PasteTest, CopyThenPasteRoundTrips) {
     replace(R"({"fov":60}}],"parent":"stage"})", R"({"fov":60}}]})");
     EXPECT_EQ(text, copied);
     expectOneUndoableGroup(before, 0);
+}
+
+/* Keys that need escaping and the empty key copy and paste back like any other; a "parent" of "" means the root, even
+   with an object of that key among the pasted ones */
+TEST_F(PasteTest, OddKeysCopyAndPasteBack) {
+    load(R"({"objects":{"":{"name":"E"},"c":{"parent":"","skin":"s\"\\\n"}},"skins":{}})");
+    for(const auto& record: {std::make_pair("/objects/q\"\\\x01", R"({"parent":"c"})"), std::make_pair("/skins/s\"\\\n", R"({"joints":["","q\"\\\u0001"]})")}) {
+        rapidjson::Document value;
+        value.Parse(record.second);
+        editor.changeManager->pushChange(record.first, value, false);
+    }
+    selectObjects(editor, {"", "c"});
+    const std::size_t changes = editor.changeManager->changeCount();
+    const std::string before = document();
+    duplicateTrees(editor);
+    EXPECT_EQ(error.str() + warning.str(), "");
+    EXPECT_EQ(document(), R"({"objects":{"":{"name":"E"},"c":{"parent":"","skin":"s\"\\\n"},"q\"\\\u0001":{"parent":"c"},)"
+        R"("K1":{"name":"E","parent":null},"K2":{"parent":null,"skin":"K4"},"K3":{"parent":"K2"}},)"
+        R"("skins":{"s\"\\\n":{"joints":["","q\"\\\u0001"]},"K4":{"joints":["K1","K3"]}}})");
+    expectOneUndoableGroup(before, changes);
 }
 
 /* Rebuilding the scene after every record would make a big duplicate quadratic; once per commit or undo step keeps it linear */

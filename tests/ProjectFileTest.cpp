@@ -41,7 +41,7 @@ TEST(ProjectFileTest, LoadRefusalsKeepTheDocument) {
         std::string json;
         const char* message;
     } data[]{
-        {"not JSON", "{\"objects\":", "Can't load the project: invalid JSON at byte 11: Invalid value.\n"},
+        {"not JSON", "{\"objects\":", "Can't load the project: invalid JSON at line 1, column 12: Invalid value.\n"},
         {"root array", "[]", "Can't load the project: the root is not a JSON object\n"},
         {"objects not an object", R"({"objects":[]})", "Can't load the project: \"objects\" is not a JSON object\n"},
         {"slash in a key", R"({"objects":{"a/b":{}}})", "Can't load the project: the key \"a/b\" in \"objects\" contains \"/\"\n"},
@@ -49,7 +49,7 @@ TEST(ProjectFileTest, LoadRefusalsKeepTheDocument) {
         {"control character", R"({"objects":{"a\n":{}}})", "Can't load the project: the key \"a\\n\" in \"objects\" contains a control character\n"},
         {"top-level name", R"({"x\\y":{}})", "Can't load the project: the member name \"x\\\\y\" contains a backslash\n"},
         {"duplicate key", R"({"objects":{"a":{},"a":{}}})", "Can't load the project: the key \"a\" is in \"objects\" twice\n"},
-        {"too deep", "{\"a\":" + std::string(300, '[') + std::string(300, ']') + "}", "Can't load the project: invalid JSON at byte 260: nested deeper than 256 levels\n"},
+        {"too deep", "{\"a\":" + std::string(300, '[') + std::string(300, ']') + "}", "Can't load the project: invalid JSON at line 1, column 261: nested deeper than 256 levels\n"},
     };
 
     ProjectFile project;

@@ -136,7 +136,7 @@ TEST_F(QuelmarProgramTest, ExitStatusesAndEndsOfRuns) {
         {"-c", "", 2, "", "error: -c needs commands; see quelmar --help\n"},
         {"-c tree -s demo.quelmar", "", 2, "", "error: give either -c or -s, once; see quelmar --help\n"},
         {"missing.json -c tree", "", 1, "", "error: Can't load missing.json: No such file or directory\n"},
-        {"broken.json -c tree", "", 1, "", "error: Can't load broken.json: invalid JSON at byte 13: Invalid value.\n"},
+        {"broken.json -c tree", "", 1, "", "error: Can't load broken.json: invalid JSON at line 1, column 14: Invalid value.\n"},
         {"-s missing.quelmar", "", 1, "", "error: can't read missing.quelmar: No such file or directory\n"},
         /* No file: an empty project, which saves only with a path */
         {"-c 'tree; save'", "", 1, "(root)\n", "error: the project has no file yet; give one: save PATH\n"},

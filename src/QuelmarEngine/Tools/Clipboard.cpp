@@ -3,7 +3,7 @@
 #include <cstring>
 #include <sstream>
 #include <string>
-#include <Corrade/Utility/Debug.h>
+#include <Corrade/Utility/DebugStl.h>
 
 #include "QuelmarEngine/Tools/ProjectTools.h"
 #include "QuelmarEngine/Tools/Implementation/Clipboard.h"
@@ -34,10 +34,9 @@ StringArray referencedSkins(QuelmarEditor& editor, const StringArrayView& object
 }
 
 std::string toString(QuelmarEditor& editor, const char* const name, StringArrayView& keys) {
+    /* The root has no record and is never in a key list, so the empty key is
+       a key like any other */
     if(keys.isEmpty()) return "{}";
-    /* An empty first key stands for the root, which has no record */
-    const std::size_t first = keys.get(0)[0] == '\0' ? 1 : 0;
-    if(first == keys.size()) return "{}";
 
     std::ostringstream out;
     {
@@ -46,10 +45,13 @@ std::string toString(QuelmarEditor& editor, const char* const name, StringArrayV
         Utility::Debug redirect{&out};
         Utility::Debug{} << "{";
         const std::size_t last = keys.size() - 1;
-        for(std::size_t i = first; i != keys.size(); ++i) {
+        for(std::size_t i = 0; i != keys.size(); ++i) {
             const char* const key = keys.get(i);
+            /* Written as the printer writes strings, so that a key holding a
+               quote, a backslash or a control character still makes JSON; any
+               other key comes out byte for byte */
             Utility::Debug line{Utility::Debug::Flag::NoSpace};
-            line << "\"" << key << "\": " << editor.data.project[name]->subValue(key).readValue();
+            line << writeJson(rapidjson::Value{rapidjson::StringRef(key)}) << ": " << editor.data.project[name]->subValue(key).readValue();
             if(i != last) line << ",";
         }
         Utility::Debug{} << "}";

@@ -98,8 +98,11 @@ StringArray addFromString(QuelmarEditor& editor, const char* const parent, const
         changes.pushChange(recordPath("objects", *key).data(), it->value, false);
         Change& record = changes.lastChange();
 
+        /* A "parent" of "" means the root, as it does in the document, even
+           when a pasted object has the empty key */
         SubValueAccess parentAccess = project["objects"]->subValue(key->data())->subValue("parent");
-        if(const Containers::String* const pastedParent = find(objectKeys, parentAccess.value()))
+        const rapidjson::Value* const parentKey = parentAccess.value();
+        if(const Containers::String* const pastedParent = isString(parentKey) && parentKey->GetStringLength() ? find(objectKeys, parentKey) : nullptr)
             parentAccess.setString(*pastedParent, false);
         else if(parent)
             parentAccess.setString(parent, false);

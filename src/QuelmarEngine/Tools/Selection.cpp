@@ -13,11 +13,15 @@
 namespace QuelmarEngine {
 
 void selectObjects(QuelmarEditor& editor, const std::initializer_list<const char*> keys) {
+    /* A null key is the root, which has no key to look up */
     StringArray array{keys.size()};
-    /* The array can't hold a null key; the empty key selects the root just
-       as a null one would */
-    for(const char* key: keys) array.add(key ? key : "", -1);
+    bool root = false;
+    for(const char* key: keys) {
+        if(key) array.add(key, -1);
+        else root = true;
+    }
     selectObjects(editor, array);
+    if(root) editor.data.selectObject(0, true);
 }
 
 void selectObjects(QuelmarEditor& editor, StringArrayView& keys) {
@@ -28,9 +32,7 @@ void selectObjects(QuelmarEditor& editor, StringArrayView& keys) {
 
     for(std::size_t i = 0; i != keys.size(); ++i) {
         ObjectLookup& lookup = *editor.objectLookup;
-        const char* const key = keys.get(i);
-        const unsigned short index = key ? lookup.keyToIndex()[Containers::String{key}] : 0;
-        editor.data.selectObject(index, true);
+        editor.data.selectObject(lookup.keyToIndex()[Containers::String{keys.get(i)}], true);
     }
 }
 

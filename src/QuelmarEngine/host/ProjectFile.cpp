@@ -106,7 +106,7 @@ Containers::Pointer<rapidjson::Document> parseProject(const Containers::StringVi
     JsonParseError error;
     std::string problem;
     if(!parseJson(*parsed, json, error))
-        problem = "invalid JSON at byte " + std::to_string(error.offset) + ": " + std::string{error.reason.data(), error.reason.size()};
+        problem = "invalid JSON at line " + std::to_string(error.line) + ", column " + std::to_string(error.column) + ": " + std::string{error.reason.data(), error.reason.size()};
     else problem = projectProblem(*parsed);
     if(problem.empty()) return parsed;
 
