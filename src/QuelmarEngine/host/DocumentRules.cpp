@@ -4,6 +4,7 @@
 #include <cmath>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 #include "QuelmarEngine/JsonPointer.h"
 #include "QuelmarEngine/JsonReader.h"
@@ -56,24 +57,26 @@ const rapidjson::Value* memberOf(const rapidjson::Value& object, const char* con
 }
 
 /* The parent cycle in the map @p objects, as "the parents of K lead back to
-   K", or an empty string. Every record is walked up once. */
+   K" for its first key in the map, or an empty string. Every record is
+   walked up once. */
 std::string cycleInMap(const rapidjson::Value& objects) {
     std::unordered_map<std::string, const rapidjson::Value*> records;
     for(auto it = objects.MemberBegin(); it != objects.MemberEnd(); ++it)
         records.emplace(text(it->name), &it->value);
     enum: char { OnPath = 1, Done = 2 };
     std::unordered_map<std::string, char> state;
-    for(const auto& start: records) {
-        std::string current = start.first;
-        std::vector<std::string> path;
+    std::vector<std::string> path;
+    for(auto it = objects.MemberBegin(); it != objects.MemberEnd(); ++it) {
+        std::string current = text(it->name);
+        path.clear();
         for(;;) {
             char& visited = state[current];
             if(visited == Done) break;
             if(visited == OnPath) return "the parents of " + current + " lead back to " + current;
             visited = OnPath;
             path.push_back(current);
-            const auto found = records.find(current);
-            const rapidjson::Value* const parent = found != records.end() && found->second->IsObject() ? memberOf(*found->second, "parent") : nullptr;
+            const rapidjson::Value* const record = records.find(current)->second;
+            const rapidjson::Value* const parent = record->IsObject() ? memberOf(*record, "parent") : nullptr;
             if(!parent || !parent->IsString() || !parent->GetStringLength() || !records.count(text(*parent))) break;
             current = text(*parent);
         }
@@ -221,7 +224,8 @@ std::string parentProblem(const ProjectFile& project, const Containers::StringVi
     std::string current = text(parent);
     for(std::size_t steps = objects && objects->IsObject() ? objects->MemberCount() + 1 : 1; steps && !current.empty(); --steps) {
         if(Containers::StringView{current.data(), current.size()} == key)
-            return "can't make " + text(parent) + " the parent of " + text(key) + ": " + text(parent) + " is " + text(key) + " or lies below it";
+            return parent == key ? "can't make " + text(key) + " its own parent" :
+                "can't make " + text(parent) + " the parent of " + text(key) + ": " + text(parent) + " lies below " + text(key);
         const std::string path = objectPath({current.data(), current.size()}, "parent");
         const rapidjson::Value* const next = project.getValue(path.data(), false);
         if(!next || !next->IsString()) break;

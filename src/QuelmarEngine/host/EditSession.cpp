@@ -82,9 +82,11 @@ EditResult EditSession::open(const Containers::StringView path) {
     expectHistoryInStep("EditSession::open():");
     if(path.isEmpty()) return EditResult::failure("the project file name is empty");
     std::string file = text(path);
+    /* Nothing there yet, in a folder that is: the first save makes the file */
     struct stat info;
-    /* Nothing there yet: the first save makes the file */
-    if(::stat(file.data(), &info) != 0 && errno == ENOENT)
+    const std::size_t slash = file.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : file.substr(0, slash + 1);
+    if(::stat(file.data(), &info) != 0 && errno == ENOENT && ::stat(folder.data(), &info) == 0 && S_ISDIR(info.st_mode))
         return load([&]{ return _editor.loadFromString("{}"); }, std::move(file));
     return load([&]{ return _editor.loadFromFile(path); }, std::move(file));
 }
