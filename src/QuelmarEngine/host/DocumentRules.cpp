@@ -9,16 +9,16 @@
 #include "QuelmarEngine/JsonPointer.h"
 #include "QuelmarEngine/JsonReader.h"
 #include "QuelmarEngine/host/ProjectFile.h"
+#include "QuelmarEngine/host/Implementation/DocumentPaths.h"
 
 namespace QuelmarEngine {
 
 namespace {
 
-const char* const KeyCharacters = "/ ~ \" \\ or a control character";
+using Implementation::text;
+using Implementation::objectPath;
 
-std::string text(const Containers::StringView view) {
-    return {view.data(), view.size()};
-}
+const char* const KeyCharacters = "/ ~ \" \\ or a control character";
 
 std::string text(const rapidjson::Value& string) {
     return {string.GetString(), string.GetStringLength()};
@@ -26,14 +26,6 @@ std::string text(const rapidjson::Value& string) {
 
 std::string tokenText(const JsonPointer& pointer, const std::size_t i) {
     return text(pointer.token(i).name);
-}
-
-/* The path of member @p member of object @p key, or of the record */
-std::string objectPath(const Containers::StringView key, const char* const member = nullptr) {
-    std::string path = "/objects";
-    appendPointerToken(path, key);
-    if(member) appendPointerToken(path, member);
-    return path;
 }
 
 bool isRecordMap(const std::string& name) {

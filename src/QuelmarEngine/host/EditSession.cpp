@@ -9,14 +9,13 @@
 #include "QuelmarEngine/ChangeManager.h"
 #include "QuelmarEngine/JsonPointer.h"
 #include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/host/Implementation/DocumentPaths.h"
 
 namespace QuelmarEngine {
 
 namespace {
 
-std::string text(const Containers::StringView view) {
-    return {view.data(), view.size()};
-}
+using Implementation::text;
 
 /* The lines of @p stream's text */
 std::vector<std::string> linesOf(const std::ostringstream& stream) {
@@ -203,12 +202,19 @@ std::string EditSession::recordText(const std::size_t i) const {
     return out.str();
 }
 
+EditResult EditSession::checkPointer(const JsonPointer& pointer, const Containers::StringView path) {
+    if(!pointer.isValid())
+        return EditResult::failure("invalid JSON Pointer " + text(path) + " at byte " + std::to_string(pointer.errorOffset()) +
+            ": it has to be empty or start with /, and ~ has to be followed by 0 or 1");
+    /* The history keeps paths as zero-terminated text */
+    for(std::size_t i = 0; i != path.size(); ++i)
+        if(!path.data()[i]) return EditResult::failure("invalid JSON Pointer: it holds a NUL byte");
+    return {};
+}
+
 EditResult EditSession::findValue(const Containers::StringView pointer, const rapidjson::Value*& value) const {
     value = nullptr;
-    const JsonPointer parsed{pointer};
-    if(!parsed.isValid())
-        return EditResult::failure("invalid JSON Pointer " + text(pointer) + " at byte " + std::to_string(parsed.errorOffset()) +
-            ": it has to be empty or start with /, and ~ has to be followed by 0 or 1");
+    if(EditResult checked = checkPointer(JsonPointer{pointer}, pointer); !checked) return checked;
     value = this->value(pointer);
     if(!value) return EditResult::failure("there is no value at " + text(pointer));
     return {};

@@ -223,6 +223,8 @@ class EditSession {
         /** @} */
 
     private:
+        /* Why @p pointer, parsed from @p text, can't be used, or success */
+        static EditResult checkPointer(const JsonPointer& pointer, Containers::StringView text);
         /* The record @p key of the map @p type, or null with why in @p result */
         const rapidjson::Value* findRecord(Containers::StringView type, Containers::StringView key, EditResult& result) const;
         /* Runs @p action with warnings captured into @p result, refreshing the scene last */

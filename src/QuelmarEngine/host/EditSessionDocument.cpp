@@ -7,16 +7,11 @@
 #include "QuelmarEngine/JsonReader.h"
 #include "QuelmarEngine/Tools/ProjectTools.h"
 #include "QuelmarEngine/host/DocumentRules.h"
+#include "QuelmarEngine/host/Implementation/DocumentPaths.h"
 
 namespace QuelmarEngine {
 
-namespace {
-
-std::string text(const Containers::StringView view) {
-    return {view.data(), view.size()};
-}
-
-}
+using Implementation::text;
 
 const rapidjson::Value* EditSession::findRecord(const Containers::StringView type, const Containers::StringView key, EditResult& result) const {
     std::string path;
@@ -56,8 +51,7 @@ EditResult EditSession::deleteResource(const Containers::StringView type, const 
 EditResult EditSession::set(const Containers::StringView pointer, const Containers::StringView json) {
     const std::string path = text(pointer);
     const JsonPointer parsedPointer{pointer};
-    const rapidjson::Value* unused;
-    if(!parsedPointer.isValid()) return findValue(pointer, unused);
+    if(EditResult checked = checkPointer(parsedPointer, pointer); !checked) return checked;
 
     if(std::string problem = changeTargetProblem(_editor.data.project, parsedPointer, pointer, false); !problem.empty())
         return EditResult::failure(problem);
@@ -79,8 +73,7 @@ EditResult EditSession::set(const Containers::StringView pointer, const Containe
 EditResult EditSession::remove(const Containers::StringView pointer) {
     const std::string path = text(pointer);
     const JsonPointer parsedPointer{pointer};
-    const rapidjson::Value* unused;
-    if(!parsedPointer.isValid()) return findValue(pointer, unused);
+    if(EditResult checked = checkPointer(parsedPointer, pointer); !checked) return checked;
     if(std::string problem = changeProblem(_editor.data.project, parsedPointer, pointer, nullptr); !problem.empty())
         return EditResult::failure(problem);
 

@@ -11,21 +11,14 @@
 #include "QuelmarEngine/JsonReader.h"
 #include "QuelmarEngine/Tools/ProjectTools.h"
 #include "QuelmarEngine/host/DocumentRules.h"
+#include "QuelmarEngine/host/Implementation/DocumentPaths.h"
 
 namespace QuelmarEngine {
 
 namespace {
 
-std::string text(const Containers::StringView view) {
-    return {view.data(), view.size()};
-}
-
-std::string objectPath(const Containers::StringView key, const char* const member = nullptr) {
-    std::string path = "/objects";
-    appendPointerToken(path, key);
-    if(member) appendPointerToken(path, member);
-    return path;
-}
+using Implementation::text;
+using Implementation::objectPath;
 
 unsigned short indexOf(QuelmarEditor& editor, const std::string& key) {
     const ObjectKeyMap& keyToIndex = editor.objectLookup->keyToIndex();
@@ -66,6 +59,8 @@ void addKeys(const StringArrayView& keys, EditResult& result) {
 
 EditResult EditSession::findObject(const Containers::StringView reference) {
     const std::string key = text(reference);
+    /* No record has a key that couldn't stand in a path */
+    if(!isUsableKey(reference)) return EditResult::failure("there is no object " + key);
     if(const unsigned short index = indexOf(_editor, key))
         if(_editor.scene->sceneGraph->indexToPosition()[index]) return EditResult{}.addKey(key);
     /* Only a failure pays for the lookup of the record */
