@@ -155,30 +155,33 @@ EditResult EditSession::step(std::string label, const std::function<EditResult()
     return result;
 }
 
-EditResult EditSession::undo(const std::size_t count) {
-    expectHistoryInStep("EditSession::undo():");
-    const std::size_t available = undoCount();
-    if(!available) return EditResult::failure("there is nothing to undo");
-    if(count > available) return EditResult::failure(available == 1 ? "there is only 1 step to undo" : "there are only " + std::to_string(available) + " steps to undo");
+EditResult EditSession::travel(const std::size_t count, const bool forward) {
+    const std::size_t available = forward ? redoCount() : undoCount();
+    const char* const verb = forward ? "redo" : "undo";
+    if(!available) return EditResult::failure(std::string{"there is nothing to "} + verb);
+    if(count > available)
+        return EditResult::failure((available == 1 ? std::string{"there is only 1 step to "} : "there are only " + std::to_string(available) + " steps to ") + verb);
     EditResult result;
     capturing(result, [&]{
-        for(std::size_t i = 0; i != count; ++i) _editor.changeManager->undoLast();
+        /* Every step is one run of records with one group id */
+        for(std::size_t i = 0; i != count; ++i) {
+            if(forward) _editor.changeManager->redoLastUndo();
+            else _editor.changeManager->undoLast();
+        }
     });
-    _history.moveBack(count);
+    if(forward) _history.moveForward(count);
+    else _history.moveBack(count);
     return result;
+}
+
+EditResult EditSession::undo(const std::size_t count) {
+    expectHistoryInStep("EditSession::undo():");
+    return travel(count, false);
 }
 
 EditResult EditSession::redo(const std::size_t count) {
     expectHistoryInStep("EditSession::redo():");
-    const std::size_t available = redoCount();
-    if(!available) return EditResult::failure("there is nothing to redo");
-    if(count > available) return EditResult::failure(available == 1 ? "there is only 1 step to redo" : "there are only " + std::to_string(available) + " steps to redo");
-    EditResult result;
-    capturing(result, [&]{
-        for(std::size_t i = 0; i != count; ++i) _editor.changeManager->redoLastUndo();
-    });
-    _history.moveForward(count);
-    return result;
+    return travel(count, true);
 }
 
 std::size_t EditSession::recordCount() const {

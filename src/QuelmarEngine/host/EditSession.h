@@ -230,6 +230,8 @@ class EditSession {
         /* Runs @p action with warnings captured into @p result, refreshing the scene last */
         void capturing(EditResult& result, const std::function<void()>& action);
         void expectHistoryInStep(const char* function) const;
+        /* Undoes, or redoes when @p forward, @p count steps */
+        EditResult travel(std::size_t count, bool forward);
         void joinIntoOneStep(std::size_t first, std::size_t last);
         /* Opens what @p loader loads, bound to @p path */
         EditResult load(const std::function<bool()>& loader, std::string path);
