@@ -1,9 +1,7 @@
 /* End-to-end tests of the quelmar program: the built binary run on
    temporary copies of the examples folder. */
 #include <algorithm>
-#include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -125,6 +123,8 @@ TEST_F(QuelmarProgramTest, DemoScriptGivesTheRecordedOutput) {
    command of -c, a script or a pipe, or the end of the commands, like quit */
 TEST_F(QuelmarProgramTest, ExitStatusesAndEndsOfRuns) {
     writeText(path("broken.json"), "{\"objects\": [}");
+    writeText(path("bom.json"), "\xef\xbb\xbf{\"objects\":{\"a\":{\"name\":\"A\"}}}");
+    writeText(path("bom.quelmar"), "\xef\xbb\xbftree\n");
     writeText(path("script.quelmar"), "# comment\n\nadd A\nfrobnicate\nadd B\n");
     const std::string original = readText(path("scene.json"));
     /* The output is checked up to the length of the expected one */
@@ -135,9 +135,13 @@ TEST_F(QuelmarProgramTest, ExitStatusesAndEndsOfRuns) {
         {"a.json b.json", "", 2, "", "error: give at most one project file; see quelmar --help\n"},
         {"-c", "", 2, "", "error: -c needs commands; see quelmar --help\n"},
         {"-c tree -s demo.quelmar", "", 2, "", "error: give either -c or -s, once; see quelmar --help\n"},
-        {"missing.json -c tree", "", 1, "", "error: Can't load missing.json: No such file or directory\n"},
+        /* A file that isn't there yet is a new project, written at the first save */
+        {"missing.json -c 'tree; status'", "", 0, "(root)\nfile: missing.json\n", ""},
         {"broken.json -c tree", "", 1, "", "error: Can't load broken.json: invalid JSON at line 1, column 14: Invalid value.\n"},
         {"-s missing.quelmar", "", 1, "", "error: can't read missing.quelmar: No such file or directory\n"},
+        {"-s /dev/zero", "", 1, "", "error: can't read /dev/zero: it is a device, not a regular file\n"},
+        /* A byte order mark before a project or a script says nothing */
+        {"bom.json -s bom.quelmar", "", 0, "(root)\n└── a \"A\"\n", ""},
         /* No file: an empty project, which saves only with a path */
         {"-c 'tree; save'", "", 1, "(root)\n", "error: the project has no file yet; give one: save PATH\n"},
         {"-c 'add A; save new.json; status'", "", 0, "K0001\nsaved new.json\nfile: new.json\n", ""},
@@ -179,15 +183,10 @@ TEST_F(QuelmarProgramTest, Commands) {
             "└── K0003 \"Crate.001\"\n"
             "file: scene.json\nobjects: 8 in the scene, 4 deleted\nselected: 0\n"
             "history: 5 steps to undo, 0 to redo (10 of 10 changes applied)\nunsaved changes\n"},
-        /* Plain reparenting keeps local transformations, one step for all; keeping world
-           placements, the lamp at (2, 4, -1) goes under the floor at (0, -0.5, 0) scaled 10, 1, 10 */
-        {"select head sword; reparent camera; get /objects/head/parent; get /objects/sword/transformation; undo; "
-         "get /objects/head/parent; select lamp floor; reparent root --keep-transform; select lamp; "
-         "reparent floor --keep-transform; get /objects/lamp/transformation",
+        /* Plain reparenting keeps local transformations, one step for all */
+        {"select head sword; reparent camera; get /objects/head/parent; get /objects/sword/transformation; undo; get /objects/head/parent",
             "Reparenting object head to camera\nReparenting object sword to camera\n\"camera\"\n"
-            "[1, 0, 0, 0, 0, 0, 1, 0, 0, -1, 0, 0, 0.3, 0, 0.1, 1]\nundid 1 step (2 changes)\n\"spine\"\n"
-            "Reparenting object floor to root\nReparenting object lamp to root\nReparenting object lamp to floor\n"
-            "[0.10000000149011612, 0.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 0.0, 0.10000000149011612, 0.0, 0.20000000298023224, 4.5, -0.10000000149011612, 1.0]\n"},
+            "[1, 0, 0, 0, 0, 0, 1, 0, 0, -1, 0, 0, 0.3, 0, 0.1, 1]\nundid 1 step (2 changes)\n\"spine\"\n"},
         {"duplicate-resource materials stone; delete-resource materials steel; get /materials; undo 2; get /materials/steel/metallic",
             "K0001\n{\n"
             "  \"stone\": {\n    \"name\": \"Stone\",\n    \"color\": [0.5, 0.5, 0.45, 1]\n  },\n"
@@ -223,9 +222,9 @@ TEST_F(QuelmarProgramTest, Commands) {
 }
 
 /* A refused command prints one error line and changes nothing, not even the
-   selection: at a terminal the commands go on, and end as before the first */
+   selection: at a terminal the commands go on, and end as before the first.
+   What the session refuses, and why, its own tests go through. */
 TEST_F(QuelmarProgramTest, RefusalsChangeNothing) {
-    writeText(path("array.clip"), "[1, 2]");
     writeText(path("deep.clip"), std::string(300, '[') + std::string(300, ']'));
     const struct { const char* command; const char* error; } refusals[]{
         {"frobnicate", "unknown command frobnicate; \"help\" lists the commands"},
@@ -233,71 +232,49 @@ TEST_F(QuelmarProgramTest, RefusalsChangeNothing) {
         {"add", "missing argument; usage: add NAME [PARENT]"},
         {"add A B C", "too many arguments; usage: add NAME [PARENT]"},
         {"add \"unclosed", "unterminated double quote at column 5"},
-        {"add A head", "object head is not in the scene: it or an ancestor is deleted"},
-        {"add ''", "an object's name can't be empty"},
-        {"select hero nobody", "there is no object nobody"},
         {"delete", "nothing is selected"},
-        {"reparent hero", "nothing is selected"},
-        {"duplicate", "nothing is selected"},
-        {"set \"\" {}", "set can't replace the whole document; set its members instead"},
-        {"set /a~2 1", "invalid JSON Pointer /a~2 at byte 3: it has to be empty or start with /, and ~ has to be followed by 0 or 1"},
-        {"set /objects/hero/transformation/100000000 1", "index 100000000 is past the end of the array at /objects/hero/transformation, which has 16 elements"},
-        {"set /objects/hero/transformation/x 1", "/objects/hero/transformation is an array: the last token has to be an index or -"},
-        {"set /objects/hero/name/x 1", "/objects/hero/name is a string, which has no members"},
-        {"set /objects/nobody/name 1", "there is no value at /objects/nobody to set a member of"},
-        {"set /objects/a~1b {}", "a key can't be empty or hold / ~ \" \\ or a control character"},
-        {"set /objects/x 1", "a record of objects has to be a JSON object"},
-        {"set /skins []", "skins has to be a JSON object"},
-        {"set /objects/hero/name Knight", "invalid JSON at byte 0: Invalid value."},
-        {"remove \"\"", "remove can't remove the whole document"},
-        {"remove /objects/nobody", "there is no value at /objects/nobody"},
+        {"set /objects/hero/name Knight", "invalid JSON at line 1, column 1: Invalid value."},
         {"paste", "the clipboard is empty; copy something first"},
         {"paste missing.clip", "can't read missing.clip: No such file or directory"},
-        {"paste array.clip", "array.clip is not a JSON object"},
-        {"paste deep.clip", "deep.clip is not valid JSON: byte 256: nested deeper than 256 levels"},
-        {"duplicate-resource materials nothing", "materials has no record nothing"},
-        {"delete-resource textures stone", "the project has no textures"},
-        {"undo 3", "there are only 2 steps to undo"},
-        {"redo", "there is nothing to redo"},
+        {"paste deep.clip", "deep.clip is not valid JSON at line 1, column 257: nested deeper than 256 levels"},
         {"undo 99999999999999999999", "the count has to be a positive number, not 99999999999999999999"},
-        {"select stage", nullptr},
-        {"reparent hips", "can't move the selected objects under hips, which is selected or lies below a selected object"},
-        {"reparent stage", "can't move the selected objects under stage, which is selected or lies below a selected object"},
         {"select hero", nullptr},
-        {"reparent camera --keep-transform", "can't keep world placements under camera: its world transformation has a zero scale"},
-        {"save /nonexistent/dir/x.json", "Can't save /nonexistent/dir/x.json: No such file or directory"},
+        {"reparent hips", "can't move the selected objects under hips, which is selected or lies below a selected object"},
+        /* The project file under another name, and another file without --force */
+        {"copy ./scene.json --force", "can't write ./scene.json: it is the open project file"},
+        {"copy demo.quelmar", "can't write demo.quelmar: it exists; --force replaces it"},
     };
-    std::string input = "delete spine\nset /objects/camera/transformation [0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,1]\n", expectedErrors;
+    std::string input = "delete spine\nset /objects/camera/name \"Eye\"\n", expectedErrors;
     for(const auto& refusal: refusals) {
         input += refusal.command + std::string{"\n"};
         if(refusal.error) expectedErrors += "error: " + std::string{refusal.error} + "\n";
     }
-    /* The two changes, the selected hero, and the failed save not counted as one */
+    /* The two changes and the selected hero */
     input += "history\nselection\nquit\nundo 2\nquit\n";
 
     const Outcome session = runInTerminal(input);
     EXPECT_EQ(session.status, 0);
     ASSERT_EQ(session.err.substr(0, expectedErrors.size()), expectedErrors);
     EXPECT_EQ(session.err.substr(expectedErrors.size()), "error: there are unsaved changes to /objects/spine/deleted, "
-        "/objects/camera/transformation; save them, or use quit! to discard them\n");
+        "/objects/camera/name; save them, or use quit! to discard them\n");
     /* One prompt per line read, and one before the end of input */
     std::size_t prompts = 0;
     for(std::size_t at = session.out.find("quelmar> "); at != std::string::npos; at = session.out.find("quelmar> ", at + 1)) ++prompts;
     EXPECT_EQ(prompts, std::size_t(std::count(input.begin(), input.end(), '\n')));
     EXPECT_NE(session.out.find("2 changes in 2 steps: 2 to undo, 0 to redo\n"), std::string::npos);
     EXPECT_NE(session.out.find("quelmar> hero \"Hero\"\n"), std::string::npos);
+    EXPECT_EQ(readText(path("demo.quelmar")).find("# A tour"), 0u);
 }
 
 /* Whatever the input, the program ends with 0 or 1, never by a signal, and
    every diagnostic line is one of its own */
 TEST_F(QuelmarProgramTest, HostileInputDoesNotAbort) {
-    writeText(path("odd.clip"), "{\"objects\":{\"a\":5,\"b\":{\"parent\":7,\"skin\":[],\"components\":[3,{\"type\":\"mesh\",\"mesh\":2}]}},"
-        "\"skins\":{\"s\":{\"joints\":[1,null,\"b\"]},\"t\":[]}}");
+    writeText(path("odd.clip"), "{\"objects\":{\"b\":{\"parent\":7,\"skin\":[],\"components\":[3,{\"type\":\"mesh\",\"mesh\":2}]}},"
+        "\"skins\":{\"s\":{\"joints\":[1,null,\"b\"]}}}");
     writeText(path("nul.clip"), std::string{"{\"objects\":{}}\0x", 16});
     writeText(path("cycle.json"), "{\"objects\":{\"a\":{\"parent\":\"b\"},\"b\":{\"parent\":\"a\"},\"c\":{\"parent\":\"c\"}}}");
     const std::string inputs[]{
-        "set /objects/hero/parent \"hero\"\ntree\nselect hero\ndelete\nundo\nduplicate --trees\nreparent root --keep-transform\n",
-        "set /objects/hero/transformation [1e308,0,0,0,0,1e308,0,0,0,0,1e308,0,0,0,0,1]\nselect sword\nreparent root --keep-transform\n",
+        "select hero\ndelete\nundo\nduplicate --trees\nreparent root --keep-transform\n",
         "set /x " + std::string(300, '[') + std::string(300, ']') + "\n",
         "set /skins/heroSkin/joints [1, {}, null]\nselect hero\ncopy --trees\npaste\nduplicate --trees\n",
         "select camera\npaste odd.clip\npaste nul.clip\ntree\n",
@@ -315,10 +292,10 @@ TEST_F(QuelmarProgramTest, HostileInputDoesNotAbort) {
     }
 }
 
-/* A save that dies before its rename leaves the old file byte for byte.
-   The kernel stops the program once it writes past a file size limit, which
-   it reaches while writing the temporary file; with the signal ignored the
-   write fails instead and the save reports it */
+/* A save that dies before its rename leaves the old file byte for byte and
+   no temporary file. The kernel signals the program once it writes past a
+   file size limit, which it reaches while writing the temporary file; with
+   the signal ignored the write fails instead and the save reports it */
 TEST_F(QuelmarProgramTest, InterruptedSaveKeepsTheOldFile) {
     const std::string original = readText(path("scene.json"));
     const std::string commands = "-c 'set /padding \"" + std::string(20000, 'x') + "\"; save'";
@@ -326,42 +303,13 @@ TEST_F(QuelmarProgramTest, InterruptedSaveKeepsTheOldFile) {
     const Outcome killed = run("scene.json " + commands, {}, "ulimit -f 16;");
     EXPECT_EQ(killed.status, 128 + SIGXFSZ);
     EXPECT_EQ(readText(path("scene.json")), original);
-    /* It died between the temporary file and the rename */
-    EXPECT_EQ(std::system(("ls " + shellQuoted(dir) + "/scene.json.?????? >/dev/null 2>&1").data()), 0);
+    EXPECT_NE(std::system(("ls " + shellQuoted(dir) + "/scene.json.?????? >/dev/null 2>&1").data()), 0);
 
     const Outcome failed = run("scene.json " + commands, {}, "trap '' XFSZ; ulimit -f 16;");
     EXPECT_EQ(failed.status, 1);
     EXPECT_EQ(failed.err, "error: Can't save scene.json: File too large\n");
     EXPECT_EQ(readText(path("scene.json")), original);
-}
-
-/* A large project: load, duplicate a 5,000-object tree, undo, redo and
-   save, all within a few seconds. The sanitizer build is many times slower
-   and checks a tenth of it. */
-TEST_F(QuelmarProgramTest, LargeProject) {
-#if defined(__SANITIZE_ADDRESS__)
-    constexpr std::size_t Objects = 5000, Duplicated = 500;
-    constexpr double Seconds = 30.0;
-#else
-    constexpr std::size_t Objects = 50000, Duplicated = 5000;
-    constexpr double Seconds = 5.0;
-#endif
-    std::string json = "{\"objects\":{\n\"group\":{\"name\":\"Group\"}";
-    for(std::size_t i = 1; i != Objects; ++i)
-        json += ",\n\"o" + std::to_string(i) + "\":{\"name\":\"Object " + std::to_string(i) + "\"" +
-            (i < Duplicated ? ",\"parent\":\"group\"" : "") + ",\"transformation\":[1,0,0,0,0,1,0,0,0,0,1,0,1.5,2.5,3.5,1]}";
-    writeText(path("large.json"), json + "}}\n");
-
-    const auto start = std::chrono::steady_clock::now();
-    const Outcome edited = run("large.json -c 'status; select group; duplicate --trees; undo; redo; save; status'");
-    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    std::printf("%zu objects: load, duplicate %zu, undo, redo, save %.2f s\n", Objects, Duplicated, seconds);
-    ASSERT_EQ(edited.status, 0) << edited.err;
-    EXPECT_EQ(edited.out.find("file: large.json\nobjects: " + std::to_string(Objects) + " in the scene\n"), 0u);
-    EXPECT_NE(edited.out.find("\nduplicated " + std::to_string(Duplicated) + " objects:"), std::string::npos);
-    EXPECT_NE(edited.out.find("objects: " + std::to_string(Objects + Duplicated) + " in the scene\n"), std::string::npos);
-    EXPECT_NE(edited.out.find("\nsaved\n"), std::string::npos);
-    EXPECT_LT(seconds, Seconds);
+    EXPECT_NE(std::system(("ls " + shellQuoted(dir) + "/scene.json.?????? >/dev/null 2>&1").data()), 0);
 }
 
 }

@@ -1,110 +1,69 @@
-/* copy, paste and duplicate: the session's clipboard and clipboard files. */
+/* copy, paste and duplicate: the program's clipboard and clipboard files. */
 #include <iostream>
 
-#include "QuelmarEngine/JsonPointer.h"
-#include "QuelmarEngine/JsonReader.h"
-#include "QuelmarEngine/Tools/ProjectTools.h"
 #include "Command.h"
 #include "Files.h"
-#include "Objects.h"
-#include "Session.h"
+#include "Program.h"
 
 namespace quelmar {
 
 namespace {
 
-/* Number of records in the map @p name of a parsed clipboard text */
-std::size_t recordCount(const rapidjson::Value& clipboard, const char* const name) {
-    const rapidjson::Value* const map = QuelmarEngine::findMember(clipboard, name);
-    return map && map->IsObject() ? map->MemberCount() : 0;
-}
-
 std::string countText(const std::size_t count, const char* const what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-/* The keys of what a paste or duplicate added, which it left selected */
-void printAdded(Session& session, const char* const verb) {
-    const QuelmarEngine::StringArray keys = QuelmarEngine::selectedObjectKeys(session.editor);
+/* The keys of what a paste or duplicate added */
+void printAdded(const EditResult& result, const char* const verb) {
+    const std::vector<std::string>& keys = result.keys();
     constexpr std::size_t Listed = 8;
     std::cout << verb << ' ' << countText(keys.size(), "object");
     for(std::size_t i = 0; i != keys.size() && i != Listed; ++i)
-        std::cout << (i ? " " : ": ") << keys.get(i);
+        std::cout << (i ? " " : ": ") << keys[i];
     if(keys.size() > Listed) std::cout << " and " << keys.size() - Listed << " more";
     std::cout << std::endl;
 }
 
-/* The library reports text it can't read and then still clears the
-   selection, so unreadable text is refused before it gets there */
-bool checkClipboard(Session& session, const std::string& text, const std::string& source, rapidjson::Document& parsed) {
-    if(text.find('\0') != std::string::npos)
-        return session.fail(source + " holds a NUL byte");
-    QuelmarEngine::JsonParseError error;
-    if(!QuelmarEngine::parseJson(parsed, {text.data(), text.size()}, error))
-        return session.fail(source + " is not valid JSON: byte " + std::to_string(error.offset) + ": " + std::string{error.reason.data(), error.reason.size()});
-    if(!parsed.IsObject())
-        return session.fail(source + " is not a JSON object");
-    return checkRoomForObjects(session, recordCount(parsed, "objects"));
 }
 
-}
-
-bool runCopy(Session& session, const Arguments& arguments) {
-    QuelmarEditor& editor = session.editor;
-    if(QuelmarEngine::selectedObjectKeys(editor).isEmpty()) return session.fail("nothing is selected");
-    const std::string text = arguments.has("--trees") ? QuelmarEngine::copySelectedTrees(editor) : QuelmarEngine::copySelected(editor);
-
+bool runCopy(Program& program, const Arguments& arguments) {
+    const EditResult result = program.session.copy(arguments.has("--trees") ? QuelmarEngine::SelectionExtent::Trees : QuelmarEngine::SelectionExtent::Objects);
+    if(!program.report(result)) return false;
     if(arguments.positional.size() == 1) {
         std::string error;
-        if(!writeFile(arguments.positional[0], text, error)) return session.fail(error);
+        if(!writeClipboardFile(arguments.positional[0], program.session.path(), result.text(), arguments.has("--force"), error))
+            return program.fail(error);
     }
-    session.clipboard = text;
+    program.clipboard = result.text();
 
-    rapidjson::Document parsed;
-    QuelmarEngine::JsonParseError error;
-    QuelmarEngine::parseJson(parsed, {text.data(), text.size()}, error);
-    std::cout << "copied " << countText(recordCount(parsed, "objects"), "object");
-    if(const std::size_t skins = recordCount(parsed, "skins")) std::cout << " and " << countText(skins, "skin");
+    std::cout << "copied " << countText(result.keys().size(), "object");
+    if(const std::size_t skins = result.skinKeys().size()) std::cout << " and " << countText(skins, "skin");
     std::cout << std::endl;
     return true;
 }
 
-bool runPaste(Session& session, const Arguments& arguments) {
-    QuelmarEditor& editor = session.editor;
+bool runPaste(Program& program, const Arguments& arguments) {
     std::string text, source;
     if(arguments.positional.size() == 1) {
         source = arguments.positional[0];
         std::string error;
-        if(!readFile(source, text, error)) return session.fail(error);
+        if(!readInputFile(source, text, error)) return program.fail(error);
     } else {
-        if(session.clipboard.empty()) return session.fail("the clipboard is empty; copy something first");
-        text = session.clipboard;
+        if(program.clipboard.empty()) return program.fail("the clipboard is empty; copy something first");
+        text = program.clipboard;
         source = "the clipboard";
     }
-    rapidjson::Document parsed;
-    if(!checkClipboard(session, text, source, parsed)) return false;
-
-    /* Both make their own group */
-    if(arguments.has("--child")) {
-        if(QuelmarEngine::selectedObjectKeys(editor).isEmpty())
-            return session.fail("nothing is selected to paste under");
-        QuelmarEngine::pasteChild(editor, text);
-    } else QuelmarEngine::paste(editor, text);
-    printAdded(session, "pasted");
+    const EditResult result = program.session.paste(view(text),
+        arguments.has("--child") ? QuelmarEngine::PastePlacement::Under : QuelmarEngine::PastePlacement::Beside, view(source));
+    if(!program.report(result)) return false;
+    printAdded(result, "pasted");
     return true;
 }
 
-bool runDuplicate(Session& session, const Arguments& arguments) {
-    QuelmarEditor& editor = session.editor;
-    const bool trees = arguments.has("--trees");
-    const std::size_t count = trees ? QuelmarEngine::selectedObjectKeysWithTrees(editor).size() : QuelmarEngine::selectedObjectKeys(editor).size();
-    if(!count) return session.fail("nothing is selected");
-    if(!checkRoomForObjects(session, count)) return false;
-
-    /* Both make their own group */
-    if(trees) QuelmarEngine::duplicateTrees(editor);
-    else QuelmarEngine::duplicate(editor);
-    printAdded(session, "duplicated");
+bool runDuplicate(Program& program, const Arguments& arguments) {
+    const EditResult result = program.session.duplicate(arguments.has("--trees") ? QuelmarEngine::SelectionExtent::Trees : QuelmarEngine::SelectionExtent::Objects);
+    if(!program.report(result)) return false;
+    printAdded(result, "duplicated");
     return true;
 }
 

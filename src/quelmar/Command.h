@@ -8,7 +8,7 @@
 
 namespace quelmar {
 
-class Session;
+struct Program;
 
 /** The words that followed a command's name, sorted into flags and the rest */
 struct Arguments {
@@ -33,7 +33,7 @@ struct Command {
     /** The text after the first argument is one raw argument */
     bool rawRest;
     /** Returns false when the command failed, having printed why */
-    bool(*run)(Session&, const Arguments&);
+    bool(*run)(Program&, const Arguments&);
 };
 
 /** Every command, in the order "help" lists them */
@@ -43,28 +43,28 @@ const std::vector<Command>& commands();
 const Command* findCommand(const std::string& name);
 
 /* The commands, one file per concern */
-bool runHelp(Session&, const Arguments&);
-bool runTree(Session&, const Arguments&);
-bool runStatus(Session&, const Arguments&);
-bool runGet(Session&, const Arguments&);
-bool runSet(Session&, const Arguments&);
-bool runRemove(Session&, const Arguments&);
-bool runAdd(Session&, const Arguments&);
-bool runSelect(Session&, const Arguments&);
-bool runSelection(Session&, const Arguments&);
-bool runDelete(Session&, const Arguments&);
-bool runReparent(Session&, const Arguments&);
-bool runCopy(Session&, const Arguments&);
-bool runPaste(Session&, const Arguments&);
-bool runDuplicate(Session&, const Arguments&);
-bool runDuplicateResource(Session&, const Arguments&);
-bool runDeleteResource(Session&, const Arguments&);
-bool runUndo(Session&, const Arguments&);
-bool runRedo(Session&, const Arguments&);
-bool runHistory(Session&, const Arguments&);
-bool runSave(Session&, const Arguments&);
-bool runQuit(Session&, const Arguments&);
-bool runForceQuit(Session&, const Arguments&);
+bool runHelp(Program&, const Arguments&);
+bool runTree(Program&, const Arguments&);
+bool runStatus(Program&, const Arguments&);
+bool runGet(Program&, const Arguments&);
+bool runSet(Program&, const Arguments&);
+bool runRemove(Program&, const Arguments&);
+bool runAdd(Program&, const Arguments&);
+bool runSelect(Program&, const Arguments&);
+bool runSelection(Program&, const Arguments&);
+bool runDelete(Program&, const Arguments&);
+bool runReparent(Program&, const Arguments&);
+bool runCopy(Program&, const Arguments&);
+bool runPaste(Program&, const Arguments&);
+bool runDuplicate(Program&, const Arguments&);
+bool runDuplicateResource(Program&, const Arguments&);
+bool runDeleteResource(Program&, const Arguments&);
+bool runUndo(Program&, const Arguments&);
+bool runRedo(Program&, const Arguments&);
+bool runHistory(Program&, const Arguments&);
+bool runSave(Program&, const Arguments&);
+bool runQuit(Program&, const Arguments&);
+bool runForceQuit(Program&, const Arguments&);
 
 }
 

@@ -44,9 +44,10 @@ const std::vector<Command>& commands() {
             "so moves along with its new parent. With --keep-transform the objects stay\n"
             "where they are in the world; a selected object whose ancestor is selected\n"
             "too then moves along with that ancestor.", {"--keep-transform"}, 1, 1, false, runReparent},
-        {"copy", "copy [--trees] [FILE]", "copy the selected objects and their skins",
+        {"copy", "copy [--trees] [--force] [FILE]", "copy the selected objects and their skins",
             "With --trees everything below the selected objects is copied too. With FILE\n"
-            "the clipboard text is also written there.", {"--trees"}, 0, 1, false, runCopy},
+            "the clipboard text is also written there; an existing file only with\n"
+            "--force, and never the project file.", {"--trees", "--force"}, 0, 1, false, runCopy},
         {"paste", "paste [--child] [FILE]", "paste the clipboard, or FILE, beside the selection",
             "With --child the pasted objects go under the first selected object instead.\n"
             "Every pasted object and skin gets a new key; the pasted objects end up\n"
@@ -59,8 +60,7 @@ const std::vector<Command>& commands() {
         {"undo", "undo [N]", "undo the last N commands (default 1)", "", {}, 0, 1, false, runUndo},
         {"redo", "redo [N]", "redo the last N undone commands (default 1)", "", {}, 0, 1, false, runRedo},
         {"history", "history", "list every change, the position and the saved state",
-            "Changes of one command share a group number; \"-\" marks a change made\n"
-            "outside any group.", {}, 0, 0, false, runHistory},
+            "Every command is one step: its changes share the step's number.", {}, 0, 0, false, runHistory},
         {"save", "save [PATH]", "write the project to PATH or to its file, atomically",
             "Saving to PATH makes PATH the project's file.", {}, 0, 1, false, runSave},
         {"quit", "quit", "leave; refused while there are unsaved changes", "", {}, 0, 0, false, runQuit},

@@ -1,54 +1,25 @@
 /* get, set and remove: any value of the document, through the history. */
 #include <iostream>
 
-#include "QuelmarEngine/JsonReader.h"
 #include "QuelmarEngine/host/JsonPrinter.h"
 #include "Command.h"
-#include "DocumentCheck.h"
-#include "OneStep.h"
-#include "Session.h"
+#include "Program.h"
 
 namespace quelmar {
 
-using QuelmarEngine::JsonPointer;
-
-bool runGet(Session& session, const Arguments& arguments) {
-    const std::string& text = arguments.positional[0];
-    const JsonPointer pointer{{text.data(), text.size()}};
-    if(!checkPointer(session, pointer, text)) return false;
-    const rapidjson::Value* const value = pointer.get(*session.editor.data.project.document);
-    if(!value) return session.fail("there is no value at " + text);
+bool runGet(Program& program, const Arguments& arguments) {
+    const rapidjson::Value* value;
+    if(!program.report(program.session.findValue(view(arguments.positional[0]), value))) return false;
     std::cout << QuelmarEngine::writeJson(*value, QuelmarEngine::JsonLayout::Indented) << std::endl;
     return true;
 }
 
-bool runSet(Session& session, const Arguments& arguments) {
-    const std::string& text = arguments.positional[0];
-    const JsonPointer pointer{{text.data(), text.size()}};
-    if(!checkPointer(session, pointer, text) || !checkSetTarget(session, pointer, text)) return false;
-
-    /* The document as a whole stays within the nesting a load accepts */
-    rapidjson::Document value;
-    QuelmarEngine::JsonParseError error;
-    const std::string& json = arguments.raw;
-    if(!QuelmarEngine::parseJson(value, {json.data(), json.size()}, error, unsigned(QuelmarEngine::JsonMaxDepth - pointer.tokenCount())))
-        return session.fail("invalid JSON at byte " + std::to_string(error.offset) + ": " + std::string{error.reason.data(), error.reason.size()});
-    if(!checkSetValue(session, pointer, value)) return false;
-
-    inOneStep(session.editor, [&]{
-        session.editor.changeManager->pushChange(text.data(), value, false);
-    });
-    return true;
+bool runSet(Program& program, const Arguments& arguments) {
+    return program.report(program.session.set(view(arguments.positional[0]), view(arguments.raw)));
 }
 
-bool runRemove(Session& session, const Arguments& arguments) {
-    const std::string& text = arguments.positional[0];
-    const JsonPointer pointer{{text.data(), text.size()}};
-    if(!checkPointer(session, pointer, text) || !checkRemoveTarget(session, pointer, text)) return false;
-    inOneStep(session.editor, [&]{
-        session.editor.changeManager->pushRemoval(text.data());
-    });
-    return true;
+bool runRemove(Program& program, const Arguments& arguments) {
+    return program.report(program.session.remove(view(arguments.positional[0])));
 }
 
 }

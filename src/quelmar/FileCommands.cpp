@@ -3,31 +3,28 @@
 
 #include "Command.h"
 #include "History.h"
-#include "Session.h"
+#include "Program.h"
 
 namespace quelmar {
 
-bool runSave(Session& session, const Arguments& arguments) {
-    const std::string path = arguments.positional.empty() ? session.file : arguments.positional[0];
-    if(path.empty()) return session.fail("the project has no file yet; give one: save PATH");
-    /* It writes a temporary file and renames it over the target, and says
-       why when it can't */
-    if(!session.editor.data.project.saveToFile({path.data(), path.size()})) return false;
-    session.file = path;
-    session.markSaved();
-    std::cout << "saved " << path << std::endl;
+bool runSave(Program& program, const Arguments& arguments) {
+    EditSession& session = program.session;
+    if(arguments.positional.empty() && session.path().empty())
+        return program.fail("the project has no file yet; give one: save PATH");
+    if(!program.report(arguments.positional.empty() ? session.save() : session.saveAs(view(arguments.positional[0])))) return false;
+    std::cout << "saved " << session.path() << std::endl;
     return true;
 }
 
-bool runQuit(Session& session, const Arguments&) {
-    if(session.hasUnsavedChanges())
-        return session.fail(unsavedChangesText(session) + "; save them, or use quit! to discard them");
-    session.quitRequested = true;
+bool runQuit(Program& program, const Arguments&) {
+    if(!program.session.isSaved())
+        return program.fail(unsavedChangesText(program) + "; save them, or use quit! to discard them");
+    program.quitRequested = true;
     return true;
 }
 
-bool runForceQuit(Session& session, const Arguments&) {
-    session.quitRequested = true;
+bool runForceQuit(Program& program, const Arguments&) {
+    program.quitRequested = true;
     return true;
 }
 

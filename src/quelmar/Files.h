@@ -1,4 +1,5 @@
-/* Reading and writing the clipboard files that copy and paste take. */
+/* The files the program reads and writes besides the project: scripts and
+   clipboard files. */
 #ifndef quelmar_Files_h
 #define quelmar_Files_h
 
@@ -7,10 +8,16 @@
 namespace quelmar {
 
 /** Reads all of @p path into @p text; on failure sets @p error and returns false */
-bool readFile(const std::string& path, std::string& text, std::string& error);
+bool readInputFile(const std::string& path, std::string& text, std::string& error);
 
-/** Writes @p text to @p path; on failure sets @p error and returns false */
-bool writeFile(const std::string& path, const std::string& text, std::string& error);
+/**
+@brief Writes the clipboard text @p text to @p path atomically
+
+Never over the file @p project (the same file under any name), and over
+another existing file only with @p force. On failure sets @p error and
+returns false.
+*/
+bool writeClipboardFile(const std::string& path, const std::string& project, const std::string& text, bool force, std::string& error);
 
 }
 

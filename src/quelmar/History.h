@@ -1,30 +1,18 @@
-/* Reading the change history: undo steps, the unsaved changes, the listing. */
+/* Showing the history: the listing of every change, and the unsaved ones. */
 #ifndef quelmar_History_h
 #define quelmar_History_h
 
-#include <cstddef>
 #include <string>
-
-#include "QuelmarEngine/QuelmarEngine.h"
 
 namespace quelmar {
 
-class Session;
-
-/** How many undo steps lie before the history position */
-std::size_t undoSteps(const QuelmarEngine::ChangeManager& manager);
-
-/** How many redo steps lie after the history position */
-std::size_t redoSteps(const QuelmarEngine::ChangeManager& manager);
-
-/** Records of the next redo step, or of the last undo step with @p redo false */
-std::size_t recordsInStep(const QuelmarEngine::ChangeManager& manager, bool redo);
+struct Program;
 
 /** One line naming the unsaved changes by their paths */
-std::string unsavedChangesText(const Session& session);
+std::string unsavedChangesText(const Program& program);
 
-/** Prints every record, marking the history position and the saved state */
-void printHistory(const Session& session);
+/** Prints every change, marking the history position and the saved state */
+void printHistory(const Program& program);
 
 }
 

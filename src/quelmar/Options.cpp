@@ -45,7 +45,8 @@ const char* usageText() {
     return
         "usage: quelmar [PROJECT.json] [-c \"COMMAND; COMMAND...\" | -s SCRIPT]\n"
         "\n"
-        "Opens PROJECT.json, or an empty project, and runs commands on it: those of\n"
+        "Opens PROJECT.json (a new one, written at the first save, when the file\n"
+        "doesn't exist yet), or an empty project, and runs commands on it: those of\n"
         "-c, those of SCRIPT (one a line, # starts a comment), or those typed on the\n"
         "standard input. \"help\" lists the commands.\n"
         "\n"

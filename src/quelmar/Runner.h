@@ -6,13 +6,13 @@
 
 namespace quelmar {
 
-class Session;
+struct Program;
 
 /** Runs one line of input; false when its command failed, having printed why */
-bool runLine(Session& session, const std::string& line);
+bool runLine(Program& program, const std::string& line);
 
 /** The end of input, which behaves like "quit"; returns the exit status */
-int finish(Session& session);
+int finish(Program& program);
 
 }
 

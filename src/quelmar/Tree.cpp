@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "Objects.h"
-#include "Session.h"
+#include "Program.h"
 
 namespace quelmar {
 
@@ -17,9 +17,8 @@ constexpr std::size_t DrawnDepth = 32;
 
 }
 
-void printTree(Session& session, std::ostream& out) {
-    const std::vector<const rapidjson::Value*> records = recordsByIndex(session);
-    QuelmarEditor& editor = session.editor;
+void printTree(Program& program, std::ostream& out) {
+    QuelmarEngine::QuelmarEditor& editor = program.session.editor();
     const auto& graph = *editor.scene->sceneGraph;
     const std::size_t count = graph.header().objectCount;
     const auto hierarchy = graph.hierarchy();
@@ -43,9 +42,10 @@ void printTree(Session& session, std::ostream& out) {
         line += last ? "└── " : "├── ";
 
         const unsigned short index = positionToIndex[p];
-        line += graph.objectKeys().get(index);
+        const char* const key = graph.objectKeys().get(index);
+        line += key;
         line += ' ';
-        line += displayName(records[index]);
+        line += displayName(program, key);
         if(depth > DrawnDepth) line += " (depth " + std::to_string(depth) + ")";
         if(editor.data.isSelected(index)) line += " *";
         out << line << '\n';

@@ -6,10 +6,10 @@
 
 namespace quelmar {
 
-class Session;
+struct Program;
 
 /** Draws every live object: key, name and a "*" when it is selected */
-void printTree(Session& session, std::ostream& out);
+void printTree(Program& program, std::ostream& out);
 
 }
 

@@ -3,20 +3,16 @@
 #include <cstring>
 #include <iostream>
 
-#include "QuelmarEngine/ChangeManager.h"
-#include "QuelmarEngine/JsonPointer.h"
-#include "QuelmarEngine/Tools/ProjectTools.h"
 #include "Command.h"
-#include "History.h"
-#include "Session.h"
+#include "Program.h"
 #include "Tree.h"
 
 namespace quelmar {
 
-bool runHelp(Session& session, const Arguments& arguments) {
+bool runHelp(Program& program, const Arguments& arguments) {
     if(!arguments.positional.empty()) {
         const Command* const command = findCommand(arguments.positional[0]);
-        if(!command) return session.fail("unknown command " + arguments.positional[0] + "; \"help\" lists the commands");
+        if(!command) return program.fail("unknown command " + arguments.positional[0] + "; \"help\" lists the commands");
         std::cout << "usage: " << command->usage << '\n' << command->summary << '\n';
         if(*command->details) std::cout << command->details << '\n';
         std::cout.flush();
@@ -31,26 +27,26 @@ bool runHelp(Session& session, const Arguments& arguments) {
     return true;
 }
 
-bool runTree(Session& session, const Arguments&) {
-    printTree(session, std::cout);
+bool runTree(Program& program, const Arguments&) {
+    printTree(program, std::cout);
     return true;
 }
 
-bool runStatus(Session& session, const Arguments&) {
-    QuelmarEditor& editor = session.editor;
-    const QuelmarEngine::ChangeManager& manager = *editor.changeManager;
-    const rapidjson::Value* const objects = QuelmarEngine::findMember(*editor.data.project.document, "objects");
+bool runStatus(Program& program, const Arguments&) {
+    EditSession& session = program.session;
+    const rapidjson::Value* const objects = session.value("/objects");
     const std::size_t records = objects && objects->IsObject() ? objects->MemberCount() : 0;
-    const std::size_t live = editor.scene->sceneGraph->header().objectCount - 1u;
+    const std::size_t live = session.editor().scene->sceneGraph->header().objectCount - 1u;
+    const std::size_t undo = session.undoCount();
 
-    std::cout << "file: " << (session.file.empty() ? std::string{"none yet"} : session.file) << '\n'
+    std::cout << "file: " << (session.path().empty() ? std::string{"none yet"} : session.path()) << '\n'
               << "objects: " << live << " in the scene";
     if(records > live) std::cout << ", " << records - live << " deleted";
     std::cout << '\n'
-              << "selected: " << QuelmarEngine::selectedObjectKeys(editor).size() << '\n'
-              << "history: " << undoSteps(manager) << (undoSteps(manager) == 1 ? " step" : " steps") << " to undo, " << redoSteps(manager) << " to redo ("
-              << manager.lastChangeIndex() + 1 << " of " << manager.changeCount() << " changes applied)\n"
-              << (session.hasUnsavedChanges() ? "unsaved changes" : "saved") << std::endl;
+              << "selected: " << session.selection().size() << '\n'
+              << "history: " << undo << (undo == 1 ? " step" : " steps") << " to undo, " << session.redoCount() << " to redo ("
+              << session.history().appliedRecordCount() << " of " << session.recordCount() << " changes applied)\n"
+              << (session.isSaved() ? "saved" : "unsaved changes") << std::endl;
     return true;
 }
 

@@ -1,21 +1,16 @@
 #include "QuelmarEngine/host/ProjectFile.h"
 
-#include <cerrno>
 #include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <random>
 #include <string>
 #include <unordered_set>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <Corrade/Utility/Debug.h>
 #include <Corrade/Utility/DebugStl.h>
 
 #include "QuelmarEngine/JsonPointer.h"
 #include "QuelmarEngine/JsonReader.h"
+#include "QuelmarEngine/host/AtomicFile.h"
+#include "QuelmarEngine/host/FileReading.h"
 #include "QuelmarEngine/host/JsonPrinter.h"
 
 namespace QuelmarEngine {
@@ -114,10 +109,6 @@ Containers::Pointer<rapidjson::Document> parseProject(const Containers::StringVi
     return nullptr;
 }
 
-std::string errnoText() {
-    return std::strerror(errno);
-}
-
 }
 
 bool ProjectFile::loadFromString(const Containers::StringView json) {
@@ -131,28 +122,11 @@ bool ProjectFile::loadFromString(const Containers::StringView json) {
 
 bool ProjectFile::loadFromFile(const Containers::StringView path) {
     const std::string filename{path.data(), path.size()};
-    std::string text;
-    {
-        const int fd = ::open(filename.data(), O_RDONLY|O_CLOEXEC);
-        struct stat info;
-        if(fd < 0 || ::fstat(fd, &info) != 0 || S_ISDIR(info.st_mode)) {
-            const std::string reason = fd >= 0 ? "it is a directory" : errnoText();
-            if(fd >= 0) ::close(fd);
-            Utility::Error{} << "Can't load " + filename + ": " + reason;
-            return false;
-        }
-        char buffer[65536];
-        ssize_t count;
-        while((count = ::read(fd, buffer, sizeof(buffer))) > 0 || (count < 0 && errno == EINTR))
-            if(count > 0) text.append(buffer, std::size_t(count));
-        const std::string reason = count < 0 ? errnoText() : std::string{};
-        ::close(fd);
-        if(count < 0) {
-            Utility::Error{} << "Can't load " + filename + ": " + reason;
-            return false;
-        }
+    std::string text, error;
+    if(!readFile(path, text, error)) {
+        Utility::Error{} << "Can't load " + filename + ": " + error;
+        return false;
     }
-
     Containers::Pointer<rapidjson::Document> parsed = parseProject({text.data(), text.size()}, filename);
     if(!parsed) return false;
     if(document) forgetMemberIndices(*document);
@@ -167,59 +141,11 @@ Containers::String ProjectFile::toJson() const {
 }
 
 bool ProjectFile::saveToFile(const Containers::StringView path) const {
-    std::string target{path.data(), path.size()};
-    /* Replace what a link points to, not the link */
-    struct stat info;
-    if(::lstat(target.data(), &info) == 0 && S_ISLNK(info.st_mode)) {
-        if(char* resolved = ::realpath(target.data(), nullptr)) {
-            target = resolved;
-            std::free(resolved);
-        }
-    }
-
     const std::string text = writeJson(*document, JsonLayout::Indented) + "\n";
-    std::string temporary = target + ".XXXXXX";
-    const int fd = ::mkstemp(temporary.data());
-    if(fd < 0) {
-        Utility::Error{} << "Can't save " + target + ": " + errnoText();
-        return false;
-    }
-
-    /* Keep the permissions of the file that is replaced, else the usual ones */
-    mode_t mode;
-    if(::stat(target.data(), &info) == 0) mode = info.st_mode & 07777;
-    else {
-        const mode_t mask = ::umask(0);
-        ::umask(mask);
-        mode = 0666 & ~mask;
-    }
-
-    std::string failure;
-    for(std::size_t written = 0; written < text.size() && failure.empty(); ) {
-        const ssize_t count = ::write(fd, text.data() + written, text.size() - written);
-        if(count < 0 && errno == EINTR) continue;
-        if(count <= 0) failure = errnoText();
-        else written += std::size_t(count);
-    }
-    if(failure.empty() && ::fchmod(fd, mode) != 0) failure = errnoText();
-    if(failure.empty() && ::fsync(fd) != 0) failure = errnoText();
-    if(::close(fd) != 0 && failure.empty()) failure = errnoText();
-    if(failure.empty() && ::rename(temporary.data(), target.data()) != 0) failure = errnoText();
-    if(!failure.empty()) {
-        ::unlink(temporary.data());
-        Utility::Error{} << "Can't save " + target + ": " + failure;
-        return false;
-    }
-
-    /* Make the rename itself durable */
-    const std::size_t slash = target.rfind('/');
-    const std::string folder = slash == std::string::npos ? "." : slash == 0 ? "/" : target.substr(0, slash);
-    const int folderFd = ::open(folder.data(), O_RDONLY|O_DIRECTORY|O_CLOEXEC);
-    if(folderFd >= 0) {
-        ::fsync(folderFd);
-        ::close(folderFd);
-    }
-    return true;
+    std::string error;
+    if(writeFileAtomically(path, {text.data(), text.size()}, error)) return true;
+    Utility::Error{} << "Can't save " + std::string{path.data(), path.size()} + ": " + error;
+    return false;
 }
 
 Containers::String ProjectFile::generateId() {

@@ -1,0 +1,230 @@
+#include "QuelmarEngine/host/EditSession.h"
+
+#include <cerrno>
+#include <sstream>
+#include <sys/stat.h>
+#include <Corrade/Utility/Assert.h>
+#include <Corrade/Utility/Debug.h>
+
+#include "QuelmarEngine/ChangeManager.h"
+#include "QuelmarEngine/JsonPointer.h"
+#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/host/Implementation/DocumentPaths.h"
+
+namespace QuelmarEngine {
+
+namespace {
+
+using Implementation::text;
+
+/* The lines of @p stream's text */
+std::vector<std::string> linesOf(const std::ostringstream& stream) {
+    std::vector<std::string> lines;
+    std::istringstream in{stream.str()};
+    for(std::string line; std::getline(in, line); ) lines.push_back(std::move(line));
+    return lines;
+}
+
+/* What the library reported through its error output, as one message */
+std::string messageOf(const std::ostringstream& errors, const char* const fallback) {
+    std::vector<std::string> lines = linesOf(errors);
+    return lines.empty() ? fallback : std::move(lines.front());
+}
+
+}
+
+EditSession::EditSession() {
+    /* A fresh change manager hands out group ids 1 and 2 to these two empty
+       groups and never again, which leaves them to joinIntoOneStep() */
+    for(int i = 0; i != 2; ++i) {
+        _editor.changeManager->beginGroup();
+        _editor.changeManager->commit();
+    }
+}
+
+void EditSession::capturing(EditResult& result, const std::function<void()>& action) {
+    std::ostringstream warnings;
+    {
+        Utility::Warning redirect{&warnings};
+        action();
+        /* The scene rebuild warns about what it finds (parent cycles) */
+        _editor.refresh();
+    }
+    for(std::string& line: linesOf(warnings)) result.addWarning(std::move(line));
+}
+
+void EditSession::expectHistoryInStep(const char* const function) const {
+    const ChangeManager& manager = *_editor.changeManager;
+    CORRADE_ASSERT(!_stepDepth, function << "can't run inside a step", );
+    CORRADE_ASSERT(!manager.isGroupOpen() && std::size_t(manager.lastChangeIndex() + 1) == _history.appliedRecordCount(),
+        function << "the change history was changed outside the session", );
+}
+
+EditResult EditSession::load(const std::function<bool()>& loader, std::string path) {
+    EditResult result;
+    std::ostringstream errors;
+    bool loaded;
+    capturing(result, [&]{
+        Utility::Error redirect{&errors};
+        loaded = loader();
+    });
+    if(!loaded) {
+        result.fail(messageOf(errors, "can't load the project"));
+        return result;
+    }
+    _history.clear();
+    _path = std::move(path);
+    return result;
+}
+
+EditResult EditSession::open(const Containers::StringView path) {
+    expectHistoryInStep("EditSession::open():");
+    if(path.isEmpty()) return EditResult::failure("the project file name is empty");
+    std::string file = text(path);
+    /* Nothing there yet, in a folder that is: the first save makes the file */
+    struct stat info;
+    const std::size_t slash = file.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : file.substr(0, slash + 1);
+    if(::stat(file.data(), &info) != 0 && errno == ENOENT && ::stat(folder.data(), &info) == 0 && S_ISDIR(info.st_mode))
+        return load([&]{ return _editor.loadFromString("{}"); }, std::move(file));
+    return load([&]{ return _editor.loadFromFile(path); }, std::move(file));
+}
+
+EditResult EditSession::openText(const Containers::StringView json) {
+    expectHistoryInStep("EditSession::openText():");
+    return load([&]{ return _editor.loadFromString(json); }, {});
+}
+
+EditResult EditSession::save() {
+    if(_path.empty()) return EditResult::failure("the project has no file yet");
+    return saveAs({_path.data(), _path.size()});
+}
+
+EditResult EditSession::saveAs(const Containers::StringView path) {
+    expectHistoryInStep("EditSession::saveAs():");
+    std::ostringstream errors;
+    bool saved;
+    {
+        Utility::Error redirect{&errors};
+        saved = _editor.data.project.saveToFile(path);
+    }
+    if(!saved) return EditResult::failure(messageOf(errors, "can't save the project"));
+    _path = text(path);
+    _history.markSaved();
+    _editor.changeManager->markSave();
+    return {};
+}
+
+void EditSession::joinIntoOneStep(const std::size_t first, const std::size_t last) {
+    /* Undo and redo take back a run of records with one group id. Ids 1 and
+       2 are this session's alone: alternating them keeps every step apart
+       from the one before it. The records are the manager's own, so giving
+       them another group is no write to a constant. */
+    const ChangeManager& manager = *_editor.changeManager;
+    const std::int32_t id = first && manager.change(first - 1).group == 1 ? 2 : 1;
+    for(std::size_t i = first; i <= last; ++i)
+        const_cast<Change&>(manager.change(i)).group = id;
+}
+
+EditResult EditSession::step(std::string label, const std::function<EditResult()>& action) {
+    if(_stepDepth) return action();
+    expectHistoryInStep("EditSession::step():");
+
+    ChangeManager& manager = *_editor.changeManager;
+    const std::size_t first = std::size_t(manager.lastChangeIndex() + 1);
+    EditResult result;
+    capturing(result, [&]{
+        ++_stepDepth;
+        EditResult outcome = action();
+        --_stepDepth;
+        CORRADE_ASSERT(!manager.isGroupOpen(), "EditSession::step(): the action left a change group open", );
+        CORRADE_ASSERT(manager.lastChangeIndex() + 1 >= int(first), "EditSession::step(): the action undid changes it didn't make", );
+        const std::size_t end = std::size_t(manager.lastChangeIndex() + 1);
+        if(end != first) {
+            /* Pushing dropped the undone steps */
+            _history.dropUndone();
+            joinIntoOneStep(first, end - 1);
+            if(outcome) _history.add(std::move(label), first, end - first);
+            /* Nothing of a failed action stays; the history no longer leads
+               to its records, so they can't be redone */
+            else manager.undoLast();
+        }
+        /* The capture adds its warnings to it */
+        result = std::move(outcome);
+    });
+    return result;
+}
+
+EditResult EditSession::travel(const std::size_t count, const bool forward) {
+    const std::size_t available = forward ? redoCount() : undoCount();
+    const char* const verb = forward ? "redo" : "undo";
+    if(!available) return EditResult::failure(std::string{"there is nothing to "} + verb);
+    if(count > available)
+        return EditResult::failure((available == 1 ? std::string{"there is only 1 step to "} : "there are only " + std::to_string(available) + " steps to ") + verb);
+    EditResult result;
+    capturing(result, [&]{
+        /* Every step is one run of records with one group id */
+        for(std::size_t i = 0; i != count; ++i) {
+            if(forward) _editor.changeManager->redoLastUndo();
+            else _editor.changeManager->undoLast();
+        }
+    });
+    if(forward) _history.moveForward(count);
+    else _history.moveBack(count);
+    return result;
+}
+
+EditResult EditSession::undo(const std::size_t count) {
+    expectHistoryInStep("EditSession::undo():");
+    return travel(count, false);
+}
+
+EditResult EditSession::redo(const std::size_t count) {
+    expectHistoryInStep("EditSession::redo():");
+    return travel(count, true);
+}
+
+std::size_t EditSession::recordCount() const {
+    /* Records past the last step are those of a failed action, taken back */
+    const auto steps = _history.steps();
+    return steps.isEmpty() ? 0 : steps[steps.size() - 1].firstRecord + steps[steps.size() - 1].recordCount;
+}
+
+std::string EditSession::recordPath(const std::size_t i) const {
+    const Change& change = _editor.changeManager->change(i);
+    /* The stored path ends with a zero byte, which its size counts */
+    return change.path.isEmpty() ? std::string{} : std::string{change.path.data()};
+}
+
+std::string EditSession::recordText(const std::size_t i) const {
+    std::ostringstream out;
+    {
+        Utility::Debug debug{&out, Utility::Debug::Flag::NoNewlineAtTheEnd};
+        debug << _editor.changeManager->change(i);
+    }
+    return out.str();
+}
+
+EditResult EditSession::checkPointer(const JsonPointer& pointer, const Containers::StringView path) {
+    if(!pointer.isValid())
+        return EditResult::failure("invalid JSON Pointer " + text(path) + " at byte " + std::to_string(pointer.errorOffset()) +
+            ": it has to be empty or start with /, and ~ has to be followed by 0 or 1");
+    /* The history keeps paths as zero-terminated text */
+    for(std::size_t i = 0; i != path.size(); ++i)
+        if(!path.data()[i]) return EditResult::failure("invalid JSON Pointer: it holds a NUL byte");
+    return {};
+}
+
+EditResult EditSession::findValue(const Containers::StringView pointer, const rapidjson::Value*& value) const {
+    value = nullptr;
+    if(EditResult checked = checkPointer(JsonPointer{pointer}, pointer); !checked) return checked;
+    value = this->value(pointer);
+    if(!value) return EditResult::failure("there is no value at " + text(pointer));
+    return {};
+}
+
+const rapidjson::Value* EditSession::value(const Containers::StringView pointer) const {
+    return _editor.data.project.getValue(text(pointer).data(), false);
+}
+
+}

@@ -1,0 +1,248 @@
+#ifndef QuelmarEngine_host_EditSession_h
+#define QuelmarEngine_host_EditSession_h
+/* The facade a host drives: one project with its file, every user action as
+   one labelled undo step, the saved state, and the rules that keep the
+   document loadable, with every error handed back as a value. */
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <Corrade/Containers/ArrayView.h>
+#include <Corrade/Containers/String.h>
+#include <Corrade/Containers/StringView.h>
+#include <rapidjson/document.h>
+
+#include "QuelmarEngine/host/EditHistory.h"
+#include "QuelmarEngine/host/EditResult.h"
+#include "QuelmarEngine/host/QuelmarEditor.h"
+#include "QuelmarEngine/host/StringArray.h"
+
+namespace QuelmarEngine {
+
+/** Whether an action works on the selected objects alone or on their whole trees */
+enum class SelectionExtent: unsigned char {
+    Objects,    /**< The selected objects */
+    Trees       /**< The selected objects and everything below them */
+};
+
+/** Where a paste puts the pasted objects */
+enum class PastePlacement: unsigned char {
+    Beside,     /**< Under the parent of the first selected object */
+    Under       /**< Under the first selected object */
+};
+
+/** What a reparent keeps of the moved objects */
+enum class ReparentMode: unsigned char {
+    KeepLocal,  /**< The local transformation: they move along with the new parent */
+    KeepWorld   /**< The place in the world: the local transformation is rewritten */
+};
+
+/**
+@brief An editing session on one project
+
+Owns the @ref QuelmarEditor. Every action that changes the document is
+checked first and refused with a message when it would break a rule; a
+refused action changes nothing, neither the document nor the history nor the
+selection. Every action that changes the document becomes exactly one step of
+the history under a label, whatever change groups the commands open; the
+steps and their labels live here, beside the change history.
+
+Objects named in arguments are found through @ref findObject(). An empty
+parent means the root, as "parent": "" does in a record. Hosts change the
+document only through this class: a change pushed to the editor's change
+manager directly is a fatal error at the next step, undo or redo.
+*/
+class EditSession {
+    public:
+        /** A session on an empty project with no file */
+        EditSession();
+
+        EditSession(const EditSession&) = delete;
+        EditSession& operator=(const EditSession&) = delete;
+
+        /** @{ @name Opening and saving */
+
+        /**
+         * @brief Opens the project file at @p path
+         *
+         * A path where nothing exists yet starts an empty project that is
+         * written there at the first save. Refuses files that aren't regular,
+         * files past @ref DefaultMaxFileSize and documents that aren't
+         * projects, keeping what is open.
+         */
+        EditResult open(Containers::StringView path);
+
+        /** Opens the project in @p json, with no file */
+        EditResult openText(Containers::StringView json);
+
+        /** The project's file; empty for none */
+        const std::string& path() const { return _path; }
+
+        /** Whether the document is as last saved (or opened) */
+        bool isSaved() const { return _history.isSaved(); }
+
+        /** Writes the project to its file atomically and marks the state saved */
+        EditResult save();
+
+        /** Writes the project to @p path atomically, makes it the project's file and marks the state saved */
+        EditResult saveAs(Containers::StringView path);
+
+        /** @} */
+
+        /** @{ @name History */
+
+        /**
+         * @brief Runs @p action as one step labelled @p label
+         *
+         * The action may push changes and call commands, grouped or not, and
+         * the session's own actions: all of it is one step. When it fails,
+         * whatever it pushed is taken back and can't be redone. An action
+         * that changes nothing leaves no step. Warnings written meanwhile,
+         * and those of the scene refresh after it, come back in the result.
+         */
+        EditResult step(std::string label, const std::function<EditResult()>& action);
+
+        /**
+         * @brief Undoes the last @p count steps
+         *
+         * Refused when there are fewer. Afterwards the undone steps are
+         * @cpp steps()[undoCount()] @ce to
+         * @cpp steps()[undoCount() + count - 1] @ce.
+         */
+        EditResult undo(std::size_t count = 1);
+
+        /**
+         * @brief Redoes the next @p count undone steps
+         *
+         * Refused when there are fewer. Afterwards the redone steps are the
+         * @p count steps before @cpp steps()[undoCount()] @ce.
+         */
+        EditResult redo(std::size_t count = 1);
+
+        /** Number of steps that can be undone */
+        std::size_t undoCount() const { return _history.position(); }
+
+        /** Number of steps that can be redone */
+        std::size_t redoCount() const { return _history.steps().size() - _history.position(); }
+
+        /** The steps and the saved state */
+        const EditHistory& history() const { return _history; }
+
+        /** Number of change records, the undone ones included */
+        std::size_t recordCount() const;
+
+        /** The JSON Pointer path of change record @p i */
+        std::string recordPath(std::size_t i) const;
+
+        /** Change record @p i in one line, such as @cb{.txt} Change /objects/a/name: "A" -> "B" @ce */
+        std::string recordText(std::size_t i) const;
+
+        /** @} */
+
+        /** @{ @name Objects and the selection */
+
+        /**
+         * @brief Finds the object that @p reference names
+         *
+         * A reference is an object's key. The object has to be live: a
+         * record of "objects" that neither it nor an ancestor flags deleted.
+         * On success the result's only key is the object's.
+         */
+        EditResult findObject(Containers::StringView reference);
+
+        /** Makes exactly the objects that @p references name selected; not a step */
+        EditResult select(Containers::ArrayView<const Containers::StringView> references);
+
+        /** Keys of the selected objects in tree order */
+        StringArray selection();
+
+        /** Adds an object named @p name under @p parent; the result's key is the new object's */
+        EditResult addObject(Containers::StringView name, Containers::StringView parent);
+
+        /** Deletes the object @p reference and everything below it; the result's keys are the objects that left the scene */
+        EditResult deleteObject(Containers::StringView reference);
+
+        /** Deletes every selected object and everything below it; the result's keys are the objects that left the scene */
+        EditResult deleteSelection();
+
+        /**
+         * @brief Moves the selected objects under @p parent
+         *
+         * Refuses a parent that is selected or lies below a selected object,
+         * and, keeping world placements, a parent whose world transformation
+         * can't be inverted.
+         */
+        EditResult reparentSelection(Containers::StringView parent, ReparentMode mode);
+
+        /**
+         * @brief Copies the selected objects and their skins
+         *
+         * Not a step. The result's text is the clipboard text, its keys the
+         * copied objects and its skin keys the copied skins.
+         */
+        EditResult copy(SelectionExtent extent);
+
+        /**
+         * @brief Pastes the clipboard text @p text and selects what it added
+         *
+         * Text that can't be read, or whose records would break a rule, is
+         * refused without touching the selection; @p source names the text
+         * in the message. The result's keys are the pasted objects in tree
+         * order.
+         */
+        EditResult paste(Containers::StringView text, PastePlacement placement, Containers::StringView source = "the clipboard text");
+
+        /** Duplicates the selected objects beside the first one and selects the copies, which are the result's keys */
+        EditResult duplicate(SelectionExtent extent);
+
+        /** @} */
+
+        /** @{ @name Any record and any value */
+
+        /** Copies record @p key of the top-level map @p type under a new key, the result's key */
+        EditResult duplicateResource(Containers::StringView type, Containers::StringView key);
+
+        /** Removes record @p key of the top-level map @p type */
+        EditResult deleteResource(Containers::StringView type, Containers::StringView key);
+
+        /** Sets the value at the JSON Pointer @p pointer to the JSON text @p json */
+        EditResult set(Containers::StringView pointer, Containers::StringView json);
+
+        /** Removes the value at the JSON Pointer @p pointer */
+        EditResult remove(Containers::StringView pointer);
+
+        /** The document's value at the JSON Pointer @p pointer, or null with the reason in the result */
+        EditResult findValue(Containers::StringView pointer, const rapidjson::Value*& value) const;
+
+        /** The document's value at @p pointer, or null when there is none */
+        const rapidjson::Value* value(Containers::StringView pointer) const;
+
+        /** The editor, for reading its scene graph and selection */
+        QuelmarEditor& editor() { return _editor; }
+
+        /** @} */
+
+    private:
+        /* Why @p pointer, parsed from @p text, can't be used, or success */
+        static EditResult checkPointer(const JsonPointer& pointer, Containers::StringView text);
+        /* The record @p key of the map @p type, or null with why in @p result */
+        const rapidjson::Value* findRecord(Containers::StringView type, Containers::StringView key, EditResult& result) const;
+        /* Runs @p action with warnings captured into @p result, refreshing the scene last */
+        void capturing(EditResult& result, const std::function<void()>& action);
+        void expectHistoryInStep(const char* function) const;
+        /* Undoes, or redoes when @p forward, @p count steps */
+        EditResult travel(std::size_t count, bool forward);
+        void joinIntoOneStep(std::size_t first, std::size_t last);
+        /* Opens what @p loader loads, bound to @p path */
+        EditResult load(const std::function<bool()>& loader, std::string path);
+
+        QuelmarEditor _editor;
+        EditHistory _history;
+        std::string _path;
+        /* Nested step() calls run inside the outermost one */
+        std::size_t _stepDepth{};
+};
+
+}
+
+#endif

@@ -1,0 +1,86 @@
+/* The session's commands on any record and any value: duplicating and
+   removing resource records, setting and removing values by JSON Pointer. */
+#include "QuelmarEngine/host/EditSession.h"
+
+#include "QuelmarEngine/ChangeManager.h"
+#include "QuelmarEngine/JsonPointer.h"
+#include "QuelmarEngine/JsonReader.h"
+#include "QuelmarEngine/Tools/ProjectTools.h"
+#include "QuelmarEngine/host/DocumentRules.h"
+#include "QuelmarEngine/host/Implementation/DocumentPaths.h"
+
+namespace QuelmarEngine {
+
+using Implementation::text;
+
+const rapidjson::Value* EditSession::findRecord(const Containers::StringView type, const Containers::StringView key, EditResult& result) const {
+    std::string path;
+    appendPointerToken(path, type);
+    const rapidjson::Value* const map = value(path.data());
+    appendPointerToken(path, key);
+    const rapidjson::Value* const record = map && map->IsObject() ? value(path.data()) : nullptr;
+    if(!map) result.fail("the project has no " + text(type));
+    else if(!map->IsObject()) result.fail(text(type) + " is not a map of records");
+    else if(!record) result.fail(text(type) + " has no record " + text(key));
+    return record;
+}
+
+EditResult EditSession::duplicateResource(const Containers::StringView type, const Containers::StringView key) {
+    EditResult found;
+    if(!findRecord(type, key, found)) return found;
+    const std::string typeText = text(type), keyText = text(key);
+    if(typeText == "objects")
+        if(std::string problem = objectRoomProblem(_editor.data.project, 1); !problem.empty()) return EditResult::failure(problem);
+
+    return step("duplicate-resource " + typeText + " " + keyText, [&]{
+        const Containers::String newKey = QuelmarEngine::duplicateResource(_editor, typeText.data(), keyText.data());
+        return EditResult{}.addKey(newKey.data());
+    });
+}
+
+EditResult EditSession::deleteResource(const Containers::StringView type, const Containers::StringView key) {
+    EditResult found;
+    if(!findRecord(type, key, found)) return found;
+    const std::string typeText = text(type), keyText = text(key);
+    return step("delete-resource " + typeText + " " + keyText, [&]{
+        QuelmarEngine::deleteResource(_editor, typeText.data(), keyText.data());
+        return EditResult{};
+    });
+}
+
+EditResult EditSession::set(const Containers::StringView pointer, const Containers::StringView json) {
+    const std::string path = text(pointer);
+    const JsonPointer parsedPointer{pointer};
+    if(EditResult checked = checkPointer(parsedPointer, pointer); !checked) return checked;
+
+    if(std::string problem = changeTargetProblem(_editor.data.project, parsedPointer, pointer, false); !problem.empty())
+        return EditResult::failure(problem);
+
+    /* The document as a whole stays within the nesting a load accepts */
+    rapidjson::Document parsed;
+    JsonParseError error;
+    if(!parseJson(parsed, json, error, unsigned(JsonMaxDepth - parsedPointer.tokenCount())))
+        return EditResult::failure("invalid JSON at line " + std::to_string(error.line) + ", column " + std::to_string(error.column) + ": " + std::string{error.reason.data(), error.reason.size()});
+    if(std::string problem = changeProblem(_editor.data.project, parsedPointer, pointer, &parsed); !problem.empty())
+        return EditResult::failure(problem);
+
+    return step("set " + path, [&]{
+        _editor.changeManager->pushChange(path.data(), parsed, false);
+        return EditResult{};
+    });
+}
+
+EditResult EditSession::remove(const Containers::StringView pointer) {
+    const std::string path = text(pointer);
+    const JsonPointer parsedPointer{pointer};
+    if(EditResult checked = checkPointer(parsedPointer, pointer); !checked) return checked;
+    if(std::string problem = changeProblem(_editor.data.project, parsedPointer, pointer, nullptr); !problem.empty())
+        return EditResult::failure(problem);
+
+    return step("remove " + path, [&]{
+        _editor.changeManager->pushRemoval(path.data());
+        return EditResult{};
+    });
+}
+
+}

@@ -1,0 +1,38 @@
+/* What one run of the program works on: the edit session, the clipboard,
+   and how results reach the user. */
+#ifndef quelmar_Program_h
+#define quelmar_Program_h
+
+#include <string>
+#include <Corrade/Containers/StringView.h>
+
+#include "QuelmarEngine/host/EditSession.h"
+
+namespace quelmar {
+
+using QuelmarEngine::EditResult;
+using QuelmarEngine::EditSession;
+
+struct Program {
+    /** Prints @p message as one error line and returns false */
+    bool fail(const std::string& message) const;
+
+    /** Prints the warnings of @p result and, if it failed, why; returns whether it succeeded */
+    bool report(const EditResult& result) const;
+
+    EditSession session;
+    /** The clipboard text, empty before the first copy */
+    std::string clipboard;
+    /** Put before every error message, for example the script line */
+    std::string location;
+    bool quitRequested{};
+};
+
+/** @p text as a view, for the session's arguments */
+inline Corrade::Containers::StringView view(const std::string& text) {
+    return {text.data(), text.size()};
+}
+
+}
+
+#endif

@@ -1,0 +1,259 @@
+/* The edit session: what it refuses, one undo step per action, the saved
+   state, and what comes back with a result */
+#include <cstdio>
+#include <functional>
+#include <unistd.h>
+#include <gmock/gmock.h>
+#include <Corrade/Utility/FormatStl.h>
+
+#include "QuelmarEngine/ChangeManager.h"
+#include "QuelmarEngine/Tools/ProjectTools.h"
+#include "QuelmarEngine/host/EditSession.h"
+
+using namespace QuelmarEngine;
+using testing::Eq;
+
+namespace {
+
+/* a ─ b ─ c, z with a zero scale, d flagged deleted; b is the joint of s */
+const char* const Scene = R"({"objects":{"a":{"name":"A"},)"
+    R"("b":{"name":"B","parent":"a","transformation":[1,0,0,0,0,1,0,0,0,0,1,0,0,0,0,1],"skin":"s"},"c":{"name":"C","parent":"b"},)"
+    R"("z":{"name":"Z","transformation":[0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,1]},"d":{"name":"D","deleted":true}},)"
+    R"("skins":{"s":{"joints":["b"]}},"materials":{"m":{"color":1}}})";
+
+Containers::StringView view(const std::string& text) {
+    return {text.data(), text.size()};
+}
+
+std::string join(const StringArrayView& keys) {
+    std::string out;
+    for(std::size_t i = 0; i != keys.size(); ++i) out += (i ? " " : "") + std::string{keys.get(i)};
+    return out;
+}
+
+struct EditSessionTest: testing::Test {
+    void open(const char* json = Scene) {
+        ASSERT_TRUE(session.openText(json));
+        generated = 0;
+        session.editor().data.project.setIdGenerator([this]{ return Utility::format("n{}", ++generated); });
+    }
+
+    EditResult select(std::initializer_list<Containers::StringView> keys) {
+        return session.select({keys.begin(), keys.size()});
+    }
+
+    std::string json() { return session.editor().data.project.toJson().data(); }
+
+    rapidjson::Document document() {
+        rapidjson::Document out;
+        out.CopyFrom(*session.editor().data.project.document, out.GetAllocator());
+        return out;
+    }
+
+    /* Everything a refused action must leave as it was */
+    std::string state() {
+        return json() + Utility::format(" | undo {} redo {} records {} | selected {} | {} {}", session.undoCount(), session.redoCount(),
+            session.recordCount(), join(session.selection()), session.path(), session.isSaved() ? "saved" : "unsaved").data();
+    }
+
+    std::string path(const char* name) const { return Utility::format("{}/edit-session-{}-{}", testing::TempDir(), ::getpid(), name).data(); }
+
+    EditSession session;
+    int generated = 0;
+};
+
+using EditSessionDeathTest = EditSessionTest;
+
+}
+
+TEST_F(EditSessionTest, RefusedActionsChangeNothing) {
+    const std::string deep = std::string(300, '[') + std::string(300, ']');
+    const struct { const char* name; std::function<EditResult(EditSession&)> action; std::string message; } rows[]{
+        {"empty name", [](EditSession& s) { return s.addObject("", ""); }, "an object's name can't be empty"},
+        {"unknown parent", [](EditSession& s) { return s.addObject("N", "nobody"); }, "there is no object nobody"},
+        {"deleted parent", [](EditSession& s) { return s.addObject("N", "d"); }, "object d is not in the scene: it or an ancestor is deleted"},
+        {"select an unknown object", [](EditSession& s) { const Containers::StringView keys[]{"a", "nobody"}; return s.select(keys); }, "there is no object nobody"},
+        {"move under a selected object", [](EditSession& s) { return s.reparentSelection("c", ReparentMode::KeepLocal); }, "can't move the selected objects under c, which is selected or lies below a selected object"},
+        {"keep world placement under a zero scale", [](EditSession& s) { return s.reparentSelection("z", ReparentMode::KeepWorld); }, "can't keep world placements under z: its world transformation has a zero scale"},
+        {"paste NUL", [](EditSession& s) { return s.paste({"{}\0", 3}, PastePlacement::Beside); }, "the clipboard text holds a NUL byte"},
+        {"paste array", [](EditSession& s) { return s.paste("[1]", PastePlacement::Beside, "x.clip"); }, "x.clip is not a JSON object"},
+        {"paste a record that is no object", [](EditSession& s) { return s.paste(R"({"objects":{"x":5}})", PastePlacement::Under); }, "the clipboard text can't be pasted: record x of objects has to be a JSON object"},
+        {"paste a short transformation", [](EditSession& s) { return s.paste(R"({"objects":{"x":{"transformation":[1]}}})", PastePlacement::Beside); },
+            "the clipboard text can't be pasted: the \"transformation\" of x has to be an array of 16 numbers, each at most 3.4e38 in size"},
+        {"parent below the object", [](EditSession& s) { return s.set("/objects/a/parent", "\"c\""); }, "can't make c the parent of a: c lies below a"},
+        {"own parent", [](EditSession& s) { return s.set("/objects/a/parent", "\"a\""); }, "can't make a its own parent"},
+        {"record whose parent is below it", [](EditSession& s) { return s.set("/objects/a", R"({"parent":"b"})"); }, "can't make b the parent of a: b lies below a"},
+        {"map with a cycle", [](EditSession& s) { return s.set("/objects", R"({"p":{"parent":"q"},"q":{"parent":"p"}})"); }, "the parents of p lead back to p"},
+        {"transformation element no number", [](EditSession& s) { return s.set("/objects/b/transformation/3", "\"x\""); }, "the \"transformation\" of b has to be an array of 16 numbers, each at most 3.4e38 in size"},
+        {"transformation of 17", [](EditSession& s) { return s.set("/objects/b/transformation/-", "1"); }, "the \"transformation\" of b has to be an array of 16 numbers, each at most 3.4e38 in size"},
+        {"transformation of 15", [](EditSession& s) { return s.remove("/objects/b/transformation/0"); }, "the \"transformation\" of b has to be an array of 16 numbers, each at most 3.4e38 in size"},
+        {"transformation past single precision", [](EditSession& s) { return s.set("/objects/b/transformation/0", "1e39"); }, "the \"transformation\" of b has to be an array of 16 numbers, each at most 3.4e38 in size"},
+        {"record with a bad transformation", [](EditSession& s) { return s.set("/objects/x", R"({"transformation":5})"); }, "the \"transformation\" of x has to be an array of 16 numbers, each at most 3.4e38 in size"},
+        {"record no object", [](EditSession& s) { return s.set("/skins/x", "[]"); }, "a record of skins has to be a JSON object"},
+        {"map no object", [](EditSession& s) { return s.set("/objects", "[]"); }, "objects has to be a JSON object"},
+        {"record in a new map no object", [](EditSession& s) { return s.set("/skins", R"({"k":1})"); }, "record k of skins has to be a JSON object"},
+        {"key with a slash", [](EditSession& s) { return s.set("/materials/a~1b", "{}"); }, "a key can't hold / ~ \" \\ or a control character"},
+        {"top-level name with a tilde", [](EditSession& s) { return s.set("/a~0b", "1"); }, "a top-level name can't hold / ~ \" \\ or a control character"},
+        {"map with a control character in a key", [](EditSession& s) { return s.set("/materials", R"({"a\u0001":1})"); }, "the key a\x01 in materials holds one of / ~ \" \\ or a control character"},
+        {"map with a key twice", [](EditSession& s) { return s.set("/materials", R"({"k":1,"k":2})"); }, "the key k is in materials twice"},
+        {"the whole document", [](EditSession& s) { return s.set("", "{}"); }, "set can't replace the whole document; set its members instead"},
+        {"invalid pointer", [](EditSession& s) { return s.set("/a~2", "1"); }, "invalid JSON Pointer /a~2 at byte 3: it has to be empty or start with /, and ~ has to be followed by 0 or 1"},
+        {"index past the end", [](EditSession& s) { return s.set("/objects/b/transformation/17", "1"); }, "index 17 is past the end of the array at /objects/b/transformation, which has 16 elements"},
+        {"name token in an array", [](EditSession& s) { return s.set("/objects/b/transformation/x", "1"); }, "/objects/b/transformation is an array: the last token has to be an index or -"},
+        {"member of a string", [](EditSession& s) { return s.set("/objects/b/name/x", "1"); }, "/objects/b/name is a string, which has no members"},
+        {"member of nothing", [](EditSession& s) { return s.set("/objects/nobody/name", "1"); }, "there is no value at /objects/nobody to set a member of"},
+        {"nested too deep", [&deep](EditSession& s) { return s.set("/materials/m/x", view(deep)); }, "invalid JSON at line 1, column 254: nested deeper than 253 levels"},
+        {"remove nothing", [](EditSession& s) { return s.remove("/objects/nobody"); }, "there is no value at /objects/nobody"},
+        {"remove the whole document", [](EditSession& s) { return s.remove(""); }, "remove can't remove the whole document"},
+        {"duplicate a missing record", [](EditSession& s) { return s.duplicateResource("materials", "nothing"); }, "materials has no record nothing"},
+        {"delete from a missing map", [](EditSession& s) { return s.deleteResource("textures", "t"); }, "the project has no textures"},
+        {"undo too many", [](EditSession& s) { return s.undo(2); }, "there is only 1 step to undo"},
+        {"save to a missing folder", [](EditSession& s) { return s.saveAs("/nonexistent/x.json"); }, "Can't save /nonexistent/x.json: No such file or directory"},
+        {"open a device", [](EditSession& s) { return s.open("/dev/zero"); }, "Can't load /dev/zero: it is a device, not a regular file"},
+        {"open in a missing folder", [](EditSession& s) { return s.open("/nonexistent/x.json"); }, "Can't load /nonexistent/x.json: No such file or directory"},
+        {"open text that is no project", [](EditSession& s) { return s.openText("[]"); }, "Can't load the project: the root is not a JSON object"},
+    };
+    for(const auto& row: rows) {
+        SCOPED_TRACE(row.name);
+        open();
+        /* A step to undo and one to redo, both of which stay */
+        ASSERT_TRUE(session.set("/materials/m/k", "1"));
+        ASSERT_TRUE(session.set("/materials/m/l", "2"));
+        ASSERT_TRUE(session.undo());
+        ASSERT_TRUE(select({"c"}));
+        const std::string before = state();
+        const EditResult result = row.action(session);
+        EXPECT_FALSE(result);
+        EXPECT_EQ(result.message(), row.message);
+        EXPECT_EQ(state(), before);
+    }
+}
+
+TEST_F(EditSessionTest, ObjectLimit) {
+    std::string json = R"({"objects":{"k0":{"name":"0"})";
+    for(std::size_t i = 1; i != ProjectFile::MaxObjects - 1; ++i) json += Utility::format(R"(,"k{}":{{}})", i).data();
+    open((json + "}}").data());
+    ASSERT_TRUE(session.addObject("Last", ""));
+    ASSERT_TRUE(select({"k0"}));
+    const std::string full = Utility::format("the project has {} objects and can have at most {}", ProjectFile::MaxObjects, ProjectFile::MaxObjects).data();
+    for(const EditResult& result: {session.addObject("More", ""), session.duplicate(SelectionExtent::Objects), session.paste(R"({"objects":{"x":{}}})", PastePlacement::Beside),
+                                   session.set("/objects/x", "{}"), session.duplicateResource("objects", "k0")})
+        EXPECT_EQ(result.message(), full);
+    EXPECT_EQ(session.undoCount(), 1u);
+}
+
+TEST_F(EditSessionTest, EachActionIsOneUndoStep) {
+    const struct { const char* name; std::function<EditResult(EditSession&)> action; } rows[]{
+        {"add under a parent", [](EditSession& s) { return s.addObject("N", "b"); }},
+        {"delete an object", [](EditSession& s) { return s.deleteObject("b"); }},
+        {"delete the selection", [](EditSession& s) { return s.deleteSelection(); }},
+        {"reparent keeping local placements", [](EditSession& s) { return s.reparentSelection("", ReparentMode::KeepLocal); }},
+        {"reparent keeping world placements", [](EditSession& s) { return s.reparentSelection("", ReparentMode::KeepWorld); }},
+        {"paste under", [](EditSession& s) { return s.paste(view(s.copy(SelectionExtent::Trees).text()), PastePlacement::Under); }},
+        {"duplicate trees", [](EditSession& s) { return s.duplicate(SelectionExtent::Trees); }},
+        {"duplicate a resource", [](EditSession& s) { return s.duplicateResource("skins", "s"); }},
+        {"delete a resource", [](EditSession& s) { return s.deleteResource("objects", "a"); }},
+        {"remove", [](EditSession& s) { return s.remove("/objects/b/transformation"); }},
+        /* Ungrouped pushes, a command that opens its own group, and a nested action */
+        {"a host's step", [](EditSession& s) { return s.step("mixed", [&s] {
+            s.editor().changeManager->pushChange("/materials/m/a", "x", false);
+            deleteSelectedObjects(s.editor());
+            s.editor().changeManager->pushChange("/materials/m/b", "y", false);
+            return s.addObject("N", "");
+        }); }},
+    };
+    for(const auto& row: rows) {
+        SCOPED_TRACE(row.name);
+        open();
+        ASSERT_TRUE(select({"b", "c"}));
+        /* A step right before, which the action must not join */
+        ASSERT_TRUE(session.set("/materials/m/k", "1"));
+        const rapidjson::Document before = document();
+        ASSERT_TRUE(row.action(session));
+        EXPECT_EQ(session.undoCount(), 2u);
+        const rapidjson::Document after = document();
+        EXPECT_FALSE(after == before);
+        ASSERT_TRUE(session.undo());
+        EXPECT_TRUE(document() == before);
+        ASSERT_TRUE(session.redo());
+        EXPECT_TRUE(document() == after);
+    }
+}
+
+TEST_F(EditSessionTest, FailedStepTakesBackWhatItPushed) {
+    open();
+    ASSERT_TRUE(session.set("/materials/m/k", "1"));
+    ASSERT_TRUE(session.undo());
+    const std::string before = json();
+    const EditResult result = session.step("half", [this] {
+        deleteSelectedObjects(session.editor());
+        EXPECT_TRUE(session.addObject("N", "a"));
+        return EditResult::failure("no");
+    });
+    EXPECT_EQ(result.message(), "no");
+    EXPECT_EQ(json(), before);
+    /* Pushing dropped the step that could be redone, and the failed one can't take its place */
+    EXPECT_EQ(session.undoCount() + session.redoCount() + session.recordCount(), 0u);
+    EXPECT_EQ(session.redo().message(), "there is nothing to redo");
+    /* An action that changes nothing leaves no step */
+    EXPECT_TRUE(session.step("nothing", [] { return EditResult{}; }));
+    EXPECT_EQ(session.undoCount(), 0u);
+}
+
+TEST_F(EditSessionTest, SavedStateFollowsTheHistory) {
+    const std::string file = path("saved.json");
+    std::remove(file.data());
+    /* Not there yet: an empty project, saved until changed */
+    ASSERT_TRUE(session.open(file.data()));
+    const auto add = [this] { return session.addObject("N", ""); };
+    const struct { const char* name; std::function<EditResult()> action; bool saved; std::size_t savedPosition; } steps[]{
+        {"add", add, false, 0},
+        {"undo to the opened state", [this] { return session.undo(); }, true, 0},
+        {"add again", add, false, 0},
+        {"save", [this] { return session.save(); }, true, 1},
+        {"undo", [this] { return session.undo(); }, false, 1},
+        {"redo", [this] { return session.redo(); }, true, 1},
+        {"undo and add: the saved step is gone", [&] { EXPECT_TRUE(session.undo()); return add(); }, false, EditHistory::NotInHistory},
+        {"undo to where the two parted", [this] { return session.undo(); }, false, EditHistory::NotInHistory},
+        {"save again", [this] { return session.save(); }, true, 0},
+    };
+    for(const auto& step: steps) {
+        SCOPED_TRACE(step.name);
+        ASSERT_TRUE(step.action());
+        EXPECT_EQ(session.isSaved(), step.saved);
+        EXPECT_EQ(session.history().savedPosition(), step.savedPosition);
+    }
+    EditSession reopened;
+    ASSERT_TRUE(reopened.open(file.data()));
+    EXPECT_EQ(reopened.editor().data.project.toJson().data(), json());
+    std::remove(file.data());
+}
+
+TEST_F(EditSessionTest, ResultsCarryWarningsAndKeys) {
+    const EditResult opened = session.openText(R"({"objects":{"a":{"parent":"b"},"b":{"parent":"a"}}})");
+    EXPECT_THAT(opened.warnings(), testing::ElementsAre("Objects a, b are parents of each other, showing a under the root"));
+    open();
+    ASSERT_TRUE(select({"b"}));
+    const EditResult copied = session.copy(SelectionExtent::Trees);
+    EXPECT_THAT(copied.keys(), testing::ElementsAre("b", "c"));
+    EXPECT_THAT(copied.skinKeys(), testing::ElementsAre("s"));
+    ASSERT_TRUE(select({"c"}));
+    const EditResult pasted = session.paste(view(session.copy(SelectionExtent::Objects).text()), PastePlacement::Beside);
+    EXPECT_THAT(pasted.keys(), testing::ElementsAre("n1"));
+    const EditResult deleted = session.deleteObject("a");
+    EXPECT_THAT(deleted.keys(), testing::ElementsAre("a", "b", "c", "n1"));
+    EXPECT_THAT(session.paste(R"({"objects":{"x":{}},"skins":{"t":{"joints":["y"]}}})", PastePlacement::Beside).warnings(),
+        testing::ElementsAre("Broken joint reference y found while pasting, make sure to copy all joints."));
+}
+
+TEST_F(EditSessionDeathTest, MisusedHistoryIsFatal) {
+    open();
+    EXPECT_DEATH({
+        session.editor().changeManager->pushChange("/materials/m/k", "1", false);
+        static_cast<void>(session.undo());
+    }, Eq("EditSession::undo(): the change history was changed outside the session\n"));
+    EXPECT_DEATH(static_cast<void>(session.step("open", [this] {
+        session.editor().changeManager->beginGroup();
+        return EditResult{};
+    })), Eq("EditSession::step(): the action left a change group open\n"));
+}

@@ -1,0 +1,38 @@
+/* Reading input files: what is refused, without blocking or reading forever */
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <gtest/gtest.h>
+
+#include "QuelmarEngine/host/FileReading.h"
+
+using namespace QuelmarEngine;
+
+TEST(FileReadingTest, ReadsRegularFilesUpToTheLimit) {
+    const std::string dir = testing::TempDir() + "file-reading-" + std::to_string(::getpid());
+    ASSERT_EQ(::mkdir(dir.data(), 0700), 0);
+    std::ofstream{dir + "/four"} << "four";
+    /* Opened for reading with no writer, a FIFO would block */
+    ASSERT_EQ(::mkfifo((dir + "/fifo").data(), 0600), 0);
+
+    const struct { const char* name; std::string path; std::size_t limit; const char* text; const char* error; } rows[]{
+        {"within the limit", dir + "/four", 4, "four", ""},
+        {"past the limit", dir + "/four", 3, "", "it is larger than 3 bytes"},
+        {"directory", dir, DefaultMaxFileSize, "", "it is a directory"},
+        {"FIFO", dir + "/fifo", DefaultMaxFileSize, "", "it is a FIFO, not a regular file"},
+        {"device that never ends", "/dev/zero", DefaultMaxFileSize, "", "it is a device, not a regular file"},
+        {"missing", dir + "/missing", DefaultMaxFileSize, "", "No such file or directory"},
+    };
+    for(const auto& row: rows) {
+        SCOPED_TRACE(row.name);
+        std::string text = "old", error;
+        EXPECT_EQ(readFile({row.path.data(), row.path.size()}, text, error, row.limit), !*row.error);
+        EXPECT_EQ(text, row.text);
+        EXPECT_EQ(error, row.error);
+    }
+    std::remove((dir + "/four").data());
+    std::remove((dir + "/fifo").data());
+    ::rmdir(dir.data());
+}
