@@ -93,38 +93,30 @@ rapidjson::Value::MemberIterator memberIterator(rapidjson::Value& object, const 
     return end;
 }
 
-/* Appends a member, keeping an index of the object valid even when the
-   member array moves */
-rapidjson::Value& addMember(rapidjson::Value& object, const Containers::StringView name, JsonAllocator& allocator) {
-    const rapidjson::Value::Member* const before = membersOf(object);
-    const rapidjson::SizeType count = object.MemberCount();
-    object.AddMember(rapidjson::Value{name.data(), rapidjson::SizeType(name.size()), allocator}, rapidjson::Value{}, allocator);
-
+/* Keeps an index of the object valid when a member was added last, through
+   an array that may have moved; drops it for any other change */
+void noteMembersChanged(const rapidjson::Value& object, const rapidjson::Value::Member* before, const rapidjson::SizeType countBefore, const bool appended) {
     auto& indices = memberIndices();
     const auto found = indices.find(&object);
-    if(found != indices.end() && found->second.members == before && found->second.count == count) {
-        found->second.members = membersOf(object);
-        found->second.positions.emplace(std::string{name.data(), name.size()}, count);
-        found->second.count = count + 1;
+    if(found == indices.end()) return;
+    MemberIndex& index = found->second;
+    if(!appended || index.members != before || index.count != countBefore) {
+        indices.erase(found);
+        return;
     }
-    return (object.MemberEnd() - 1)->value;
+    const rapidjson::Value& name = (object.MemberEnd() - 1)->name;
+    index.members = membersOf(object);
+    index.positions.emplace(std::string{name.GetString(), name.GetStringLength()}, countBefore);
+    index.count = countBefore + 1;
 }
 
-/* Erases a member; erasing the last one keeps an index valid, erasing any
-   other moves the rest down and makes it rebuild on the next lookup */
-void eraseMember(rapidjson::Value& object, const rapidjson::Value::MemberIterator it) {
-    const rapidjson::SizeType position = rapidjson::SizeType(it - object.MemberBegin());
-    const rapidjson::SizeType count = object.MemberCount();
-    auto& indices = memberIndices();
-    const auto found = indices.find(&object);
-    if(found != indices.end()) {
-        MemberIndex& index = found->second;
-        if(position + 1 == count && index.members == membersOf(object) && index.count == count) {
-            index.positions.erase(std::string{it->name.GetString(), it->name.GetStringLength()});
-            index.count = count - 1;
-        } else indices.erase(found);
-    }
-    object.EraseMember(it);
+/* Moves the last of @p count items to @p position and the ones from there
+   up by one, as raw bytes, the way RapidJSON itself relocates values */
+template<class T> void moveLastTo(T* const items, const std::size_t count, const std::size_t position) {
+    alignas(T) unsigned char last[sizeof(T)];
+    std::memcpy(last, static_cast<const void*>(items + count - 1), sizeof(T));
+    std::memmove(static_cast<void*>(items + position + 1), static_cast<const void*>(items + position), (count - 1 - position)*sizeof(T));
+    std::memcpy(static_cast<void*>(items + position), last, sizeof(T));
 }
 
 }
@@ -148,6 +140,47 @@ rapidjson::Value* findMember(rapidjson::Value& object, const Containers::StringV
 
 const rapidjson::Value* findMember(const rapidjson::Value& object, const Containers::StringView name) {
     return findMember(const_cast<rapidjson::Value&>(object), name);
+}
+
+rapidjson::SizeType memberPosition(const rapidjson::Value& object, const Containers::StringView name) {
+    rapidjson::Value& mutableObject = const_cast<rapidjson::Value&>(object);
+    return rapidjson::SizeType(memberIterator(mutableObject, name) - mutableObject.MemberBegin());
+}
+
+rapidjson::Value& appendMember(rapidjson::Value& object, rapidjson::Value&& name, rapidjson::Value&& value, JsonAllocator& allocator) {
+    const rapidjson::Value::Member* const before = membersOf(object);
+    const rapidjson::SizeType count = object.MemberCount();
+    object.AddMember(name, value, allocator);
+    noteMembersChanged(object, before, count, true);
+    return (object.MemberEnd() - 1)->value;
+}
+
+rapidjson::Value& insertMember(rapidjson::Value& object, const rapidjson::SizeType position, rapidjson::Value&& name, rapidjson::Value&& value, JsonAllocator& allocator) {
+    const rapidjson::Value::Member* const before = membersOf(object);
+    const rapidjson::SizeType count = object.MemberCount();
+    CORRADE_INTERNAL_ASSERT(position <= count);
+    object.AddMember(name, value, allocator);
+    moveLastTo(&*object.MemberBegin(), count + 1, position);
+    noteMembersChanged(object, before, count, position == count);
+    return (object.MemberBegin() + position)->value;
+}
+
+void eraseMember(rapidjson::Value& object, const rapidjson::SizeType position, rapidjson::Value& name, rapidjson::Value& value) {
+    const rapidjson::Value::Member* const before = membersOf(object);
+    const rapidjson::SizeType count = object.MemberCount();
+    const auto it = object.MemberBegin() + position;
+    name = std::move(it->name);
+    value = std::move(it->value);
+    object.EraseMember(it);
+    noteMembersChanged(object, before, count, false);
+}
+
+rapidjson::Value& insertElement(rapidjson::Value& array, const rapidjson::SizeType position, rapidjson::Value&& value, JsonAllocator& allocator) {
+    const rapidjson::SizeType count = array.Size();
+    CORRADE_INTERNAL_ASSERT(position <= count);
+    array.PushBack(value, allocator);
+    moveLastTo(&*array.Begin(), count + 1, position);
+    return array[position];
 }
 
 void appendPointerToken(std::string& path, const Containers::StringView name) {
@@ -207,6 +240,26 @@ JsonPointer::JsonPointer(const Containers::StringView path) {
     _valid = true;
 }
 
+JsonPointer::JsonPointer(JsonPointer&& other) noexcept {
+    *this = std::move(other);
+}
+
+JsonPointer& JsonPointer::operator=(JsonPointer&& other) noexcept {
+    /* A short text moves with the string object, so the tokens are pointed
+       at wherever the characters end up */
+    const char* const from = other._names.data();
+    _names = std::move(other._names);
+    _tokens = std::move(other._tokens);
+    for(Token& token: _tokens)
+        token.name = {_names.data() + (token.name.data() - from), token.name.size()};
+    _errorOffset = other._errorOffset;
+    _valid = other._valid;
+    other._names.clear();
+    other._tokens.clear();
+    other._valid = false;
+    return *this;
+}
+
 const rapidjson::Value* JsonPointer::get(const rapidjson::Value& root) const {
     return get(const_cast<rapidjson::Value&>(root));
 }
@@ -233,13 +286,29 @@ rapidjson::Value* JsonPointer::resolve(rapidjson::Value& root, const std::size_t
 
 rapidjson::Value& JsonPointer::create(rapidjson::Value& root, JsonAllocator& allocator, bool* const alreadyExists) const {
     CORRADE_ASSERT(_valid, "JsonPointer::create(): invalid pointer", root);
+    /* The part that exists is walked as get() walks it */
+    std::size_t first = 0;
     rapidjson::Value* v = &root;
-    bool exists = true;
-    for(const Token& t: _tokens) {
+    for(; first != _tokens.size(); ++first) {
+        const Token& t = _tokens[first];
+        rapidjson::Value* next = nullptr;
+        if(v->IsObject()) next = findMember(*v, t.name);
+        else if(v->IsArray() && t.index < v->Size()) next = &(*v)[t.index];
+        if(!next) break;
+        v = next;
+    }
+    if(alreadyExists) *alreadyExists = first == _tokens.size();
+    return createBelow(*v, first, _tokens.size(), allocator);
+}
+
+rapidjson::Value& JsonPointer::createBelow(rapidjson::Value& value, const std::size_t first, const std::size_t end, JsonAllocator& allocator) const {
+    CORRADE_ASSERT(_valid, "JsonPointer::createBelow(): invalid pointer", value);
+    rapidjson::Value* v = &value;
+    for(std::size_t i = first; i != end; ++i) {
+        const Token& t = _tokens[i];
         if(v->IsArray() && t.name.size() == 1 && t.name.data()[0] == '-') {
             v->PushBack(rapidjson::Value{}, allocator);
             v = &(*v)[v->Size() - 1];
-            exists = false;
             continue;
         }
 
@@ -253,19 +322,14 @@ rapidjson::Value& JsonPointer::create(rapidjson::Value& root, JsonAllocator& all
                 v->Reserve(t.index + 1, allocator);
                 while(t.index >= v->Size())
                     v->PushBack(rapidjson::Value{}, allocator);
-                exists = false;
             }
             v = &(*v)[t.index];
         } else {
             rapidjson::Value* member = findMember(*v, t.name);
-            if(!member) {
-                member = &addMember(*v, t.name, allocator);
-                exists = false;
-            }
+            if(!member) member = &appendMember(*v, rapidjson::Value{t.name.data(), rapidjson::SizeType(t.name.size()), allocator}, rapidjson::Value{}, allocator);
             v = member;
         }
     }
-    if(alreadyExists) *alreadyExists = exists;
     return *v;
 }
 
@@ -278,9 +342,10 @@ bool JsonPointer::erase(rapidjson::Value& root) const {
 
     const Token& last = _tokens.back();
     if(v->IsObject()) {
-        const auto it = memberIterator(*v, last.name);
-        if(it == v->MemberEnd()) return false;
-        eraseMember(*v, it);
+        const rapidjson::SizeType position = memberPosition(*v, last.name);
+        if(position == v->MemberCount()) return false;
+        rapidjson::Value name, value;
+        eraseMember(*v, position, name, value);
         return true;
     }
     if(v->IsArray()) {

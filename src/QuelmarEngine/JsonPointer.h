@@ -31,6 +31,21 @@ void indexMembersOf(const rapidjson::Value& document);
 /** Stops indexing the maps of @p document and drops every index */
 void forgetMemberIndices(const rapidjson::Value& document);
 
+/** Position of the member of @p object named @p name, or its member count. Expects an object. */
+rapidjson::SizeType memberPosition(const rapidjson::Value& object, Containers::StringView name);
+
+/** Adds a member last; @p name has to be a string */
+rapidjson::Value& appendMember(rapidjson::Value& object, rapidjson::Value&& name, rapidjson::Value&& value, JsonAllocator& allocator);
+
+/** Adds a member at @p position, moving the later ones up. Expects @p position not past the end. */
+rapidjson::Value& insertMember(rapidjson::Value& object, rapidjson::SizeType position, rapidjson::Value&& name, rapidjson::Value&& value, JsonAllocator& allocator);
+
+/** Takes the member at @p position out into @p name and @p value, keeping the order of the others */
+void eraseMember(rapidjson::Value& object, rapidjson::SizeType position, rapidjson::Value& name, rapidjson::Value& value);
+
+/** Adds an element at @p position, moving the later ones up. Expects @p position not past the end. */
+rapidjson::Value& insertElement(rapidjson::Value& array, rapidjson::SizeType position, rapidjson::Value&& value, JsonAllocator& allocator);
+
 /** Appends @p name to @p path as one pointer token, escaping "~" and "/" */
 void appendPointerToken(std::string& path, Containers::StringView name);
 
@@ -54,11 +69,16 @@ class JsonPointer {
             std::uint32_t index;
         };
 
+        /** An invalid pointer, to be assigned a parsed one */
+        JsonPointer() = default;
+
         /** Parses @p path. The empty text is the root. */
         explicit JsonPointer(Containers::StringView path);
 
         JsonPointer(const JsonPointer&) = delete;
         JsonPointer& operator=(const JsonPointer&) = delete;
+        JsonPointer(JsonPointer&& other) noexcept;
+        JsonPointer& operator=(JsonPointer&& other) noexcept;
 
         /** Whether the path parsed */
         bool isValid() const { return _valid; }
@@ -80,6 +100,14 @@ class JsonPointer {
          * tells whether nothing had to be made. Expects a valid pointer.
          */
         rapidjson::Value& create(rapidjson::Value& root, JsonAllocator& allocator, bool* alreadyExists = nullptr) const;
+
+        /**
+         * @brief Makes what is missing below @p value along tokens @p first to @p end
+         *
+         * As @ref create() does it for the part of the pointer below the
+         * @p value that the first @p first tokens lead to.
+         */
+        rapidjson::Value& createBelow(rapidjson::Value& value, std::size_t first, std::size_t end, JsonAllocator& allocator) const;
 
         /**
          * @brief Removes the value at the pointer
