@@ -6,8 +6,10 @@
 #include <gtest/gtest.h>
 #include <Corrade/Utility/Debug.h>
 
+#include "QuelmarEngine/Tools/ProjectTools.h"
 #include "QuelmarEngine/host/JsonPrinter.h"
 #include "QuelmarEngine/host/ProjectFile.h"
+#include "QuelmarEngine/host/QuelmarEditor.h"
 
 using namespace QuelmarEngine;
 
@@ -109,6 +111,60 @@ TEST(ProjectFileTest, Accessors) {
     EXPECT_FALSE(project.getValue("not a pointer", false));
     EXPECT_TRUE(project.resourceByName(Containers::String{"objects"}, Containers::String{"A"}));
     EXPECT_FALSE(project.resourceByName(Containers::String{"skins"}, Containers::String{"A"}));
+}
+
+/* A host may replace the document or edit it directly; lookups in an indexed
+   map stay right and never read freed memory */
+TEST(ProjectFileTest, DirectEditsOfTheDocument) {
+    auto text = [](const char* prefix) {
+        std::string json = "{\"objects\":{";
+        for(int i = 0; i != 200; ++i)
+            json += (i ? ",\"" : "\"") + std::string{prefix} + std::to_string(i) + "\":{\"name\":\"" + std::to_string(i) + "\"}";
+        return json + "}}";
+    };
+    auto name = [](const ProjectFile& project, const char* path) -> std::string {
+        const rapidjson::Value* const value = project.getValue(path, false);
+        return value ? value->GetString() : "(none)";
+    };
+
+    ProjectFile project;
+    ASSERT_TRUE(project.loadFromString(text("k").data()));
+    EXPECT_EQ(name(project, "/objects/k150/name"), "150");
+
+    /* A new document in place of the old one, which is gone */
+    auto replacement = Containers::pointer<rapidjson::Document>();
+    replacement->Parse(text("j").data());
+    project.document = std::move(replacement);
+    EXPECT_EQ(name(project, "/objects/k150/name"), "(none)");
+    EXPECT_EQ(name(project, "/objects/j150/name"), "150");
+
+    /* A member taken from the middle and another one appended: as many
+       members as before, in the same array */
+    rapidjson::Value& objects = (*project.document)["objects"];
+    objects.EraseMember(objects.MemberBegin() + 5);
+    objects.AddMember("k5", rapidjson::Value{rapidjson::kObjectType}.AddMember("name", "new", project.allocator()), project.allocator());
+    EXPECT_EQ(name(project, "/objects/j150/name"), "150");
+    EXPECT_EQ(name(project, "/objects/j5/name"), "(none)");
+    EXPECT_EQ(name(project, "/objects/k5/name"), "new");
+    EXPECT_TRUE(project.findMember(objects, "j199"));
+
+    /* A member renamed in place takes the documented call */
+    objects.MemberBegin()->name.SetString("renamed", project.allocator());
+    project.documentChanged();
+    EXPECT_EQ(name(project, "/objects/renamed/name"), "0");
+    EXPECT_EQ(name(project, "/objects/j0/name"), "(none)");
+}
+
+TEST(ProjectFileTest, EditorWithStaticStorage) {
+    /* Destroyed after main() returns; nothing that its project file touches
+       then may be gone already */
+    static QuelmarEditor editor;
+    std::string json = "{\"objects\":{";
+    for(int i = 0; i != 100; ++i) json += (i ? ",\"k" : "\"k") + std::to_string(i) + "\":{}";
+    ASSERT_TRUE(editor.loadFromString((json + "}}").data()));
+    deleteResource(editor, "objects", "k50");
+    editor.changeManager->undoLast();
+    EXPECT_TRUE(editor.data.project.getValue("/objects/k50", false));
 }
 
 TEST(ProjectFileTest, GenerateId) {

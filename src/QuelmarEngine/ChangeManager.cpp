@@ -9,6 +9,7 @@
 #include <Corrade/Utility/Assert.h>
 
 #include "QuelmarEngine/JsonPointer.h"
+#include "QuelmarEngine/MemberIndex.h"
 #include "QuelmarEngine/Implementation/ChangeApplication.h"
 #include "QuelmarEngine/host/JsonPrinter.h"
 #include "QuelmarEngine/host/ProjectFile.h"
@@ -137,18 +138,17 @@ void ChangeManager::pushChange(Containers::Array<char>&& path, const rapidjson::
             Change& target = lastChange();
             target.newValue = std::move(newValue);
             target.group = _group;
-            pointer.get(*_project->document)->CopyFrom(*target.newValue, allocator());
+            pointer.get(*_project->document, &_project->memberIndex())->CopyFrom(*target.newValue, allocator());
             if(_group < 0) notify(target);
             return;
         }
     }
 
     rapidjson::Document& document = *_project->document;
-    if(Implementation::padsTooMuch(document, pointer, value)) {
+    if(Implementation::padsTooMuch(document, _project->memberIndex(), pointer, value)) {
         Utility::Error{} << "ChangeManager::pushChange(): refusing" << text << "as it would pad an array with more than" << Implementation::MaxArrayPadding << "nulls";
         return;
     }
-    const bool exists = pointer.get(document);
 
     ++_lastChange;
     /* Geometric growth keeps a push amortised O(1); arrayResize alone would
@@ -166,14 +166,14 @@ void ChangeManager::pushChange(Containers::Array<char>&& path, const rapidjson::
     swap(path, _changes[_lastChange].path);
 
     Change& target = lastChange();
+    target.newValue = std::move(newValue);
+    target.group = _group;
+    Implementation::AppliedChange& applied = _applied[_lastChange];
+    applied.reset();
+    applied.pointer = std::move(pointer);
     /* The value the application takes out of the document becomes the old
        value, which saves copying it */
     target.oldValue = nullptr;
-    if(exists) target.oldValue.emplace();
-    target.newValue = std::move(newValue);
-    target.group = _group;
-    _applied[_lastChange] = Implementation::AppliedChange{};
-    _applied[_lastChange].pointer = std::move(pointer);
     applyRecord(_lastChange, &target.oldValue);
 }
 
@@ -186,7 +186,7 @@ std::int32_t ChangeManager::mergeTarget(const Containers::StringView path, const
     /* Only where the merged history undoes and redoes exactly: the merge
        overwrites a value in place, the redo tail's old values don't hold it,
        and a record that moves past others commutes with them */
-    if(!_changes[found].newValue || !pointer.get(*_project->document)) return -1;
+    if(!_changes[found].newValue || !pointer.get(*_project->document, &_project->memberIndex())) return -1;
     for(std::size_t i = _lastChange + 1; i != _changes.size(); ++i)
         if(areNested(pathText(_changes[i].path), path)) return -1;
     if(found != _lastChange) {
@@ -204,7 +204,8 @@ std::int32_t ChangeManager::mergeTarget(const Containers::StringView path, const
 
 void ChangeManager::applyRecord(const std::int32_t index, Containers::Pointer<rapidjson::Value>* const oldValue) {
     const Change& change = _changes[index];
-    Implementation::applyForward(*_project->document, allocator(), change, _applied[index], oldValue);
+    rapidjson::Document& document = *_project->document;
+    Implementation::applyForward(document, _project->memberIndex(), allocator(), change, _applied[index], oldValue);
     if(_group < 0) notify(change);
 }
 
@@ -281,7 +282,7 @@ void ChangeManager::applyChange(const Change& change) {
     Implementation::AppliedChange applied;
     applied.pointer = JsonPointer{text};
     CORRADE_ASSERT(applied.pointer.isValid(), "ChangeManager::applyChange(): invalid JSON pointer" << text, );
-    Implementation::applyForward(document, allocator(), change, applied, nullptr);
+    Implementation::applyForward(document, _project->memberIndex(), allocator(), change, applied, nullptr);
     if(_group < 0) notify(change);
 }
 
@@ -301,7 +302,7 @@ void ChangeManager::undo(const Change& change) {
     /* A host that changed the document behind the history's back gets the
        inverse record applied, which is the best there is then */
     if(_lastChange >= 0 && &change == &_changes[_lastChange] &&
-       Implementation::applyBackward(document, allocator(), change, _applied[_lastChange])) {
+       Implementation::applyBackward(document, _project->memberIndex(), allocator(), change, _applied[_lastChange])) {
         if(_group < 0) notifyInverse(change);
     } else applyChange(reverse(change));
     --_lastChange;

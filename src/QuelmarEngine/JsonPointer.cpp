@@ -3,86 +3,16 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <unordered_map>
+#include <utility>
 #include <Corrade/Utility/Assert.h>
+
+#include "QuelmarEngine/MemberIndex.h"
 
 namespace QuelmarEngine {
 
 namespace {
 
-/* Objects with at least this many members get a name index; below it a scan
-   is as fast */
-constexpr rapidjson::SizeType IndexedMemberCount = 64;
-
-/* Member positions by name for one large object. Valid while the object's
-   member array is the one it was built from and holds as many members;
-   adding and erasing through this file keeps it so. */
-struct MemberIndex {
-    const rapidjson::Value::Member* members;
-    rapidjson::SizeType count;
-    std::unordered_map<std::string, rapidjson::SizeType> positions;
-};
-
-std::unordered_map<const rapidjson::Value*, MemberIndex>& memberIndices() {
-    static std::unordered_map<const rapidjson::Value*, MemberIndex> indices;
-    return indices;
-}
-
-/* Documents whose top-level maps get indices. Keying indices by address is
-   safe only for values whose addresses no other value takes while the
-   index lives: the members of a registered root are such values, since the
-   root's pool never frees and a dropped root clears every index. */
-std::vector<const rapidjson::Value*>& indexedRoots() {
-    static std::vector<const rapidjson::Value*> roots;
-    return roots;
-}
-
-bool isTopLevelMap(const rapidjson::Value& object) {
-    const auto address = reinterpret_cast<std::uintptr_t>(&object);
-    for(const rapidjson::Value* const root: indexedRoots()) {
-        if(!root->IsObject() || !root->MemberCount()) continue;
-        const auto first = reinterpret_cast<std::uintptr_t>(&root->MemberBegin()->value);
-        const auto last = reinterpret_cast<std::uintptr_t>(&(root->MemberEnd() - 1)->value);
-        if(address >= first && address <= last) return true;
-    }
-    return false;
-}
-
-const rapidjson::Value::Member* membersOf(const rapidjson::Value& object) {
-    return object.MemberCount() ? &*object.MemberBegin() : nullptr;
-}
-
-/* The index of a large object, brought up to date, or null for a small one */
-MemberIndex* memberIndex(const rapidjson::Value& object) {
-    const rapidjson::SizeType count = object.MemberCount();
-    if(count < IndexedMemberCount || !isTopLevelMap(object)) return nullptr;
-
-    MemberIndex& index = memberIndices()[&object];
-    const rapidjson::Value::Member* const members = membersOf(object);
-    rapidjson::SizeType from = index.count;
-    /* Another array, or fewer members than known: start over. More members
-       in the same array were appended in place. */
-    if(index.members != members || index.count > count) {
-        index.members = members;
-        index.positions.clear();
-        index.positions.reserve(count);
-        from = 0;
-    }
-    for(rapidjson::SizeType i = from; i != count; ++i) {
-        const rapidjson::Value& name = members[i].name;
-        /* The first of equal names wins, as with a scan */
-        index.positions.emplace(std::string{name.GetString(), name.GetStringLength()}, i);
-    }
-    index.count = count;
-    return &index;
-}
-
 rapidjson::Value::MemberIterator memberIterator(rapidjson::Value& object, const Containers::StringView name) {
-    if(MemberIndex* const index = memberIndex(object)) {
-        const auto found = index->positions.find(std::string{name.data(), name.size()});
-        return found == index->positions.end() ? object.MemberEnd() : object.MemberBegin() + found->second;
-    }
-
     const rapidjson::SizeType length = rapidjson::SizeType(name.size());
     const auto end = object.MemberEnd();
     for(auto it = object.MemberBegin(); it != end; ++it) {
@@ -93,21 +23,8 @@ rapidjson::Value::MemberIterator memberIterator(rapidjson::Value& object, const 
     return end;
 }
 
-/* Keeps an index of the object valid when a member was added last, through
-   an array that may have moved; drops it for any other change */
-void noteMembersChanged(const rapidjson::Value& object, const rapidjson::Value::Member* before, const rapidjson::SizeType countBefore, const bool appended) {
-    auto& indices = memberIndices();
-    const auto found = indices.find(&object);
-    if(found == indices.end()) return;
-    MemberIndex& index = found->second;
-    if(!appended || index.members != before || index.count != countBefore) {
-        indices.erase(found);
-        return;
-    }
-    const rapidjson::Value& name = (object.MemberEnd() - 1)->name;
-    index.members = membersOf(object);
-    index.positions.emplace(std::string{name.GetString(), name.GetStringLength()}, countBefore);
-    index.count = countBefore + 1;
+rapidjson::SizeType positionIn(MemberIndex* const index, const rapidjson::Value& object, const Containers::StringView name) {
+    return index ? index->find(object, name) : memberPosition(object, name);
 }
 
 /* Moves the last of @p count items to @p position and the ones from there
@@ -119,18 +36,6 @@ template<class T> void moveLastTo(T* const items, const std::size_t count, const
     std::memcpy(static_cast<void*>(items + position), last, sizeof(T));
 }
 
-}
-
-void indexMembersOf(const rapidjson::Value& document) {
-    auto& roots = indexedRoots();
-    if(std::find(roots.begin(), roots.end(), &document) == roots.end())
-        roots.push_back(&document);
-}
-
-void forgetMemberIndices(const rapidjson::Value& document) {
-    auto& roots = indexedRoots();
-    roots.erase(std::remove(roots.begin(), roots.end(), &document), roots.end());
-    memberIndices().clear();
 }
 
 rapidjson::Value* findMember(rapidjson::Value& object, const Containers::StringView name) {
@@ -148,31 +53,23 @@ rapidjson::SizeType memberPosition(const rapidjson::Value& object, const Contain
 }
 
 rapidjson::Value& appendMember(rapidjson::Value& object, rapidjson::Value&& name, rapidjson::Value&& value, JsonAllocator& allocator) {
-    const rapidjson::Value::Member* const before = membersOf(object);
-    const rapidjson::SizeType count = object.MemberCount();
     object.AddMember(name, value, allocator);
-    noteMembersChanged(object, before, count, true);
     return (object.MemberEnd() - 1)->value;
 }
 
 rapidjson::Value& insertMember(rapidjson::Value& object, const rapidjson::SizeType position, rapidjson::Value&& name, rapidjson::Value&& value, JsonAllocator& allocator) {
-    const rapidjson::Value::Member* const before = membersOf(object);
     const rapidjson::SizeType count = object.MemberCount();
     CORRADE_INTERNAL_ASSERT(position <= count);
     object.AddMember(name, value, allocator);
     moveLastTo(&*object.MemberBegin(), count + 1, position);
-    noteMembersChanged(object, before, count, position == count);
     return (object.MemberBegin() + position)->value;
 }
 
 void eraseMember(rapidjson::Value& object, const rapidjson::SizeType position, rapidjson::Value& name, rapidjson::Value& value) {
-    const rapidjson::Value::Member* const before = membersOf(object);
-    const rapidjson::SizeType count = object.MemberCount();
     const auto it = object.MemberBegin() + position;
     name = std::move(it->name);
     value = std::move(it->value);
     object.EraseMember(it);
-    noteMembersChanged(object, before, count, false);
 }
 
 rapidjson::Value& insertElement(rapidjson::Value& array, const rapidjson::SizeType position, rapidjson::Value&& value, JsonAllocator& allocator) {
@@ -201,10 +98,10 @@ JsonPointer::JsonPointer(const Containers::StringView path) {
         return;
     }
 
-    /* Unescape every token into one buffer first, then point the tokens into
-       it, so that growing the buffer can't leave them dangling */
-    std::vector<std::pair<std::size_t, std::size_t>> ranges;
+    /* Unescaping only shortens, so with room for the whole text the buffer
+       never moves and the tokens can point into it as they are made */
     _names.reserve(size);
+    _tokens.reserve(std::size_t(std::count(data, data + size, '/')));
     std::size_t i = 0;
     while(i < size) {
         ++i; /* the "/" */
@@ -215,18 +112,15 @@ JsonPointer::JsonPointer(const Containers::StringView path) {
                 if(i == size || (data[i] != '0' && data[i] != '1')) {
                     _errorOffset = i;
                     _names.clear();
+                    _tokens.clear();
                     return;
                 }
                 c = data[i++] == '0' ? '~' : '/';
             }
             _names += c;
         }
-        ranges.emplace_back(begin, _names.size() - begin);
-    }
 
-    _tokens.reserve(ranges.size());
-    for(const auto& range: ranges) {
-        const Containers::StringView name{_names.data() + range.first, range.second};
+        const Containers::StringView name{_names.data() + begin, _names.size() - begin};
         /* Digits only, no leading zero, fits in 32 bits */
         const char* const digits = name.data();
         std::uint64_t index = name.size() && name.size() <= 10 && (name.size() == 1 || digits[0] != '0') ? 0 : InvalidIndex;
@@ -260,22 +154,23 @@ JsonPointer& JsonPointer::operator=(JsonPointer&& other) noexcept {
     return *this;
 }
 
-const rapidjson::Value* JsonPointer::get(const rapidjson::Value& root) const {
-    return get(const_cast<rapidjson::Value&>(root));
+const rapidjson::Value* JsonPointer::get(const rapidjson::Value& root, MemberIndex* const index) const {
+    return get(const_cast<rapidjson::Value&>(root), index);
 }
 
-rapidjson::Value* JsonPointer::get(rapidjson::Value& root) const {
+rapidjson::Value* JsonPointer::get(rapidjson::Value& root, MemberIndex* const index) const {
     CORRADE_ASSERT(_valid, "JsonPointer::get(): invalid pointer", nullptr);
-    return resolve(root, _tokens.size());
+    return resolve(root, _tokens.size(), index);
 }
 
-rapidjson::Value* JsonPointer::resolve(rapidjson::Value& root, const std::size_t tokenCount) const {
+rapidjson::Value* JsonPointer::resolve(rapidjson::Value& root, const std::size_t tokenCount, MemberIndex* const index) const {
     rapidjson::Value* v = &root;
     for(std::size_t i = 0; i != tokenCount; ++i) {
         const Token& t = _tokens[i];
         if(v->IsObject()) {
-            v = findMember(*v, t.name);
-            if(!v) return nullptr;
+            const rapidjson::SizeType position = positionIn(index, *v, t.name);
+            if(position == v->MemberCount()) return nullptr;
+            v = &(v->MemberBegin() + position)->value;
         } else if(v->IsArray()) {
             if(t.index == InvalidIndex || t.index >= v->Size()) return nullptr;
             v = &(*v)[t.index];
@@ -284,7 +179,7 @@ rapidjson::Value* JsonPointer::resolve(rapidjson::Value& root, const std::size_t
     return v;
 }
 
-rapidjson::Value& JsonPointer::create(rapidjson::Value& root, JsonAllocator& allocator, bool* const alreadyExists) const {
+rapidjson::Value& JsonPointer::create(rapidjson::Value& root, JsonAllocator& allocator, bool* const alreadyExists, MemberIndex* const index) const {
     CORRADE_ASSERT(_valid, "JsonPointer::create(): invalid pointer", root);
     /* The part that exists is walked as get() walks it */
     std::size_t first = 0;
@@ -292,16 +187,18 @@ rapidjson::Value& JsonPointer::create(rapidjson::Value& root, JsonAllocator& all
     for(; first != _tokens.size(); ++first) {
         const Token& t = _tokens[first];
         rapidjson::Value* next = nullptr;
-        if(v->IsObject()) next = findMember(*v, t.name);
-        else if(v->IsArray() && t.index < v->Size()) next = &(*v)[t.index];
+        if(v->IsObject()) {
+            const rapidjson::SizeType position = positionIn(index, *v, t.name);
+            if(position != v->MemberCount()) next = &(v->MemberBegin() + position)->value;
+        } else if(v->IsArray() && t.index < v->Size()) next = &(*v)[t.index];
         if(!next) break;
         v = next;
     }
     if(alreadyExists) *alreadyExists = first == _tokens.size();
-    return createBelow(*v, first, _tokens.size(), allocator);
+    return createBelow(*v, first, _tokens.size(), allocator, index);
 }
 
-rapidjson::Value& JsonPointer::createBelow(rapidjson::Value& value, const std::size_t first, const std::size_t end, JsonAllocator& allocator) const {
+rapidjson::Value& JsonPointer::createBelow(rapidjson::Value& value, const std::size_t first, const std::size_t end, JsonAllocator& allocator, MemberIndex* const index) const {
     CORRADE_ASSERT(_valid, "JsonPointer::createBelow(): invalid pointer", value);
     rapidjson::Value* v = &value;
     for(std::size_t i = first; i != end; ++i) {
@@ -325,27 +222,32 @@ rapidjson::Value& JsonPointer::createBelow(rapidjson::Value& value, const std::s
             }
             v = &(*v)[t.index];
         } else {
-            rapidjson::Value* member = findMember(*v, t.name);
-            if(!member) member = &appendMember(*v, rapidjson::Value{t.name.data(), rapidjson::SizeType(t.name.size()), allocator}, rapidjson::Value{}, allocator);
-            v = member;
+            const rapidjson::SizeType position = positionIn(index, *v, t.name);
+            if(position != v->MemberCount()) v = &(v->MemberBegin() + position)->value;
+            else {
+                rapidjson::Value name{t.name.data(), rapidjson::SizeType(t.name.size()), allocator};
+                v = index ? &index->append(*v, std::move(name), rapidjson::Value{}, allocator) :
+                    &appendMember(*v, std::move(name), rapidjson::Value{}, allocator);
+            }
         }
     }
     return *v;
 }
 
-bool JsonPointer::erase(rapidjson::Value& root) const {
+bool JsonPointer::erase(rapidjson::Value& root, MemberIndex* const index) const {
     CORRADE_ASSERT(_valid, "JsonPointer::erase(): invalid pointer", false);
     if(_tokens.empty()) return false;
 
-    rapidjson::Value* const v = resolve(root, _tokens.size() - 1);
+    rapidjson::Value* const v = resolve(root, _tokens.size() - 1, index);
     if(!v) return false;
 
     const Token& last = _tokens.back();
     if(v->IsObject()) {
-        const rapidjson::SizeType position = memberPosition(*v, last.name);
+        const rapidjson::SizeType position = positionIn(index, *v, last.name);
         if(position == v->MemberCount()) return false;
         rapidjson::Value name, value;
-        eraseMember(*v, position, name, value);
+        if(index) index->erase(*v, position, name, value);
+        else eraseMember(*v, position, name, value);
         return true;
     }
     if(v->IsArray()) {

@@ -6,6 +6,7 @@
 #include <Corrade/Utility/Assert.h>
 
 #include "QuelmarEngine/ChangeManager.h"
+#include "QuelmarEngine/MemberIndex.h"
 
 namespace QuelmarEngine { namespace Implementation {
 
@@ -71,15 +72,17 @@ class Chain {
 
 /* Walks at most @p limit tokens down from the root as a pointer get does,
    filling the chain; returns how many tokens resolved */
-std::size_t resolve(rapidjson::Value& root, const JsonPointer& pointer, const std::size_t limit, Chain& chain) {
+std::size_t resolve(rapidjson::Value& root, MemberIndex& index, const JsonPointer& pointer, const std::size_t limit, Chain& chain) {
     chain[0] = &root;
     std::size_t count = 0;
     while(count != limit) {
         rapidjson::Value& value = *chain[count];
         const Token& token = pointer.token(count);
         rapidjson::Value* next = nullptr;
-        if(value.IsObject()) next = findMember(value, token.name);
-        else if(value.IsArray() && token.index < value.Size()) next = &value[token.index];
+        if(value.IsObject()) {
+            const rapidjson::SizeType position = index.find(value, token.name);
+            if(position != value.MemberCount()) next = &(value.MemberBegin() + position)->value;
+        } else if(value.IsArray() && token.index < value.Size()) next = &value[token.index];
         if(!next) break;
         chain[++count] = next;
     }
@@ -87,9 +90,10 @@ std::size_t resolve(rapidjson::Value& root, const JsonPointer& pointer, const st
 }
 
 /* Makes the value at the first @p count tokens as a pointer create does,
-   recording where the document changed first and how to take that back */
-rapidjson::Value& createRecorded(rapidjson::Value& root, JsonAllocator& allocator, const JsonPointer& pointer, const std::size_t count, AppliedChange& applied, Chain& chain) {
-    const std::size_t depth = resolve(root, pointer, count, chain);
+   given the chain that @p resolved of them resolved to, recording where the
+   document changed first and how to take that back */
+rapidjson::Value& createRecorded(MemberIndex& index, JsonAllocator& allocator, const JsonPointer& pointer, const std::size_t count, AppliedChange& applied, Chain& chain, const std::size_t resolved) {
+    const std::size_t depth = resolved < count ? resolved : count;
     applied.depth = std::uint32_t(depth);
     if(depth == count) {
         applied.placement = Placement::Replaced;
@@ -110,7 +114,7 @@ rapidjson::Value& createRecorded(rapidjson::Value& root, JsonAllocator& allocato
         /* Left null, which the creation below turns into a container */
         applied.old = std::move(value);
     }
-    return pointer.createBelow(value, depth, count, allocator);
+    return pointer.createBelow(value, depth, count, allocator, &index);
 }
 
 /* Takes the element at @p position out of @p array */
@@ -123,14 +127,14 @@ rapidjson::Value takeElement(rapidjson::Value& array, const rapidjson::SizeType 
 /* Where a value taken out of the document goes: into the record's old value
    at the push, else beside the record for the way back */
 void keepDisplaced(rapidjson::Value&& value, AppliedChange& applied, Containers::Pointer<rapidjson::Value>* const oldValue) {
-    if(oldValue && *oldValue) **oldValue = std::move(value);
+    if(oldValue) oldValue->emplace(std::move(value));
     else {
         applied.spare = std::move(value);
         applied.hasSpare = true;
     }
 }
 
-void removeForward(rapidjson::Value& root, const Change& change, AppliedChange& applied, Containers::Pointer<rapidjson::Value>* const oldValue) {
+void removeForward(rapidjson::Value& root, MemberIndex& index, const Change& change, AppliedChange& applied, Containers::Pointer<rapidjson::Value>* const oldValue) {
     const JsonPointer& pointer = applied.pointer;
     const std::size_t count = pointer.tokenCount();
     applied.placement = Placement::Removed;
@@ -140,7 +144,7 @@ void removeForward(rapidjson::Value& root, const Change& change, AppliedChange& 
     if(!count) return;
 
     Chain chain{count};
-    const bool parentExists = resolve(root, pointer, count - 1, chain) == count - 1;
+    const bool parentExists = resolve(root, index, pointer, count - 1, chain) == count - 1;
     if(parentExists) {
         rapidjson::Value& parent = *chain[count - 1];
         const Token& last = pointer.token(count - 1);
@@ -157,9 +161,9 @@ void removeForward(rapidjson::Value& root, const Change& change, AppliedChange& 
                 applied.erased = true;
             }
         } else if(parent.IsObject()) {
-            position = memberPosition(parent, last.name);
+            position = index.find(parent, last.name);
             if(position != parent.MemberCount()) {
-                eraseMember(parent, position, applied.name, value);
+                index.erase(parent, position, applied.name, value);
                 applied.erased = true;
             }
         } else if(parent.IsArray() && last.index < parent.Size()) {
@@ -181,9 +185,9 @@ void removeForward(rapidjson::Value& root, const Change& change, AppliedChange& 
         const bool array = chain[depth]->IsArray();
         rapidjson::SizeType position;
         if(parent.IsObject()) {
-            position = memberPosition(parent, token.name);
+            position = index.find(parent, token.name);
             rapidjson::Value name, value;
-            eraseMember(parent, position, name, value);
+            index.erase(parent, position, name, value);
         } else {
             position = token.index;
             takeElement(parent, position);
@@ -192,75 +196,74 @@ void removeForward(rapidjson::Value& root, const Change& change, AppliedChange& 
     }
 }
 
-void setForward(rapidjson::Value& root, JsonAllocator& allocator, const Change& change, AppliedChange& applied, Containers::Pointer<rapidjson::Value>* const oldValue) {
+void setForward(rapidjson::Value& root, MemberIndex& index, JsonAllocator& allocator, const Change& change, AppliedChange& applied, Containers::Pointer<rapidjson::Value>* const oldValue) {
     const JsonPointer& pointer = applied.pointer;
     const std::size_t count = pointer.tokenCount();
     Chain chain{count};
+    const std::size_t resolved = resolve(root, index, pointer, count, chain);
+    /* What the undo of a replacement took out is the value to put back */
+    const bool spareIsNew = applied.hasSpare && applied.placement == Placement::Replaced;
 
     /* Undone by taking the member out: put back what was taken */
     if(applied.placement == Placement::AppendedMember && applied.hasSpare) {
         applied.hasSpare = false;
-        if(resolve(root, pointer, applied.depth, chain) == applied.depth && chain[applied.depth]->IsObject()) {
-            rapidjson::Value& object = *chain[applied.depth];
-            const Containers::StringView name = pointer.token(applied.depth).name;
-            if(memberPosition(object, name) == object.MemberCount()) {
-                if(!applied.name.IsString()) applied.name = stringOf(name, allocator);
-                appendMember(object, std::move(applied.name), std::move(applied.spare), allocator);
-                return;
-            }
+        if(resolved == applied.depth && chain[resolved]->IsObject()) {
+            if(!applied.name.IsString()) applied.name = stringOf(pointer.token(resolved).name, allocator);
+            index.append(*chain[resolved], std::move(applied.name), std::move(applied.spare), allocator);
+            return;
         }
     }
 
+    /* At the push, a path that names a value is a replacement, and the
+       record gets the value taken out as its old one */
+    const bool replacement = oldValue ? resolved == count : bool(change.oldValue);
     rapidjson::Value* target;
     bool insert = false;
     /* The root always exists, so a value for it is a replacement */
-    if(!change.oldValue && count) {
+    if(!replacement && count) {
         const Token& last = pointer.token(count - 1);
-        const bool parentExists = resolve(root, pointer, count - 1, chain) == count - 1;
+        const bool parentExists = resolved >= count - 1;
         insert = isIndexKey(last.name) && (!parentExists || !chain[count - 1]->IsObject());
         /* A missing parent has no value at the path either, so this project
            file answers nothing for it and the index key decides */
         if(insert && parentExists) {
-            const int index = indexKeyValue(last.name);
+            const int position = indexKeyValue(last.name);
             rapidjson::Value& value = *chain[count - 1];
             CORRADE_INTERNAL_ASSERT(value.IsArray());
-            if(index >= 0 && rapidjson::SizeType(index) >= value.Size()) insert = false;
+            if(position >= 0 && rapidjson::SizeType(position) >= value.Size()) insert = false;
             else {
                 /* Position 0 for a negative index keeps every exchange
                    inside the array */
-                const rapidjson::SizeType position = index < 0 ? 0 : rapidjson::SizeType(index);
                 applied.placement = Placement::InsertedElement;
                 applied.depth = std::uint32_t(count - 1);
-                applied.size = position;
-                insertElement(value, position, rapidjson::Value{*change.newValue, allocator}, allocator);
+                applied.size = position < 0 ? 0 : rapidjson::SizeType(position);
+                insertElement(value, applied.size, rapidjson::Value{*change.newValue, allocator}, allocator);
+                applied.hasSpare = false;
                 return;
             }
         } else if(insert) {
             /* The parent is made, as an empty array, then the value goes in */
-            rapidjson::Value& value = createRecorded(root, allocator, pointer, count - 1, applied, chain);
+            rapidjson::Value& value = createRecorded(index, allocator, pointer, count - 1, applied, chain, resolved);
             value.SetArray();
             target = indexKeyValue(last.name) < 0 ?
                 &insertElement(value, 0, rapidjson::Value{}, allocator) :
-                &pointer.createBelow(value, count - 1, count, allocator);
+                &pointer.createBelow(value, count - 1, count, allocator, &index);
         }
     }
-    if(!insert) target = &createRecorded(root, allocator, pointer, count, applied, chain);
+    if(!insert) target = &createRecorded(index, allocator, pointer, count, applied, chain, resolved);
 
+    applied.hasSpare = false;
     if(applied.placement == Placement::Replaced) {
         rapidjson::Value incoming;
-        if(applied.hasSpare) incoming = std::move(applied.spare);
+        if(spareIsNew) incoming = std::move(applied.spare);
         else incoming.CopyFrom(*change.newValue, allocator);
         rapidjson::Value outgoing = std::move(*target);
         *target = std::move(incoming);
-        applied.hasSpare = false;
         keepDisplaced(std::move(outgoing), applied, oldValue);
-    } else {
-        target->CopyFrom(*change.newValue, allocator);
-        applied.hasSpare = false;
-    }
+    } else target->CopyFrom(*change.newValue, allocator);
 }
 
-bool restoreRemoved(rapidjson::Value& root, JsonAllocator& allocator, const Change& change, AppliedChange& applied) {
+bool restoreRemoved(rapidjson::Value& root, MemberIndex& index, JsonAllocator& allocator, const Change& change, AppliedChange& applied) {
     const JsonPointer& pointer = applied.pointer;
     const std::size_t count = pointer.tokenCount();
     const std::size_t erasedContainers = applied.cleanup.size();
@@ -271,12 +274,12 @@ bool restoreRemoved(rapidjson::Value& root, JsonAllocator& allocator, const Chan
        only content of the next outer one. */
     Chain chain{count};
     const std::size_t top = count - 1 - erasedContainers;
-    if(resolve(root, pointer, top, chain) != top) return false;
+    if(resolve(root, index, pointer, top, chain) != top) return false;
     rapidjson::Value& outer = *chain[top];
     const std::size_t outerPosition = erasedContainers ? applied.cleanup.back().position : applied.size;
     const Token& outerToken = pointer.token(top);
     if(outer.IsObject()) {
-        if(outerPosition > outer.MemberCount() || memberPosition(outer, outerToken.name) != outer.MemberCount()) return false;
+        if(outerPosition > outer.MemberCount() || index.find(outer, outerToken.name) != outer.MemberCount()) return false;
     } else if(!outer.IsArray() || outerPosition > outer.Size()) return false;
     if(applied.erased && !applied.hasSpare && !change.oldValue) return false;
 
@@ -286,7 +289,7 @@ bool restoreRemoved(rapidjson::Value& root, JsonAllocator& allocator, const Chan
         const ErasedContainer& erased = applied.cleanup[i];
         rapidjson::Value empty{erased.array ? rapidjson::kArrayType : rapidjson::kObjectType};
         chain[depth] = parent.IsObject() ?
-            &insertMember(parent, erased.position, stringOf(pointer.token(depth - 1).name, allocator), std::move(empty), allocator) :
+            &index.insert(parent, erased.position, stringOf(pointer.token(depth - 1).name, allocator), std::move(empty), allocator) :
             &insertElement(parent, erased.position, std::move(empty), allocator);
     }
 
@@ -298,7 +301,7 @@ bool restoreRemoved(rapidjson::Value& root, JsonAllocator& allocator, const Chan
         rapidjson::Value& parent = *chain[count - 1];
         if(parent.IsObject()) {
             if(!applied.name.IsString()) applied.name = stringOf(pointer.token(count - 1).name, allocator);
-            insertMember(parent, applied.size, std::move(applied.name), std::move(value), allocator);
+            index.insert(parent, applied.size, std::move(applied.name), std::move(value), allocator);
         } else insertElement(parent, applied.size, std::move(value), allocator);
     }
     return true;
@@ -306,11 +309,15 @@ bool restoreRemoved(rapidjson::Value& root, JsonAllocator& allocator, const Chan
 
 }
 
-bool padsTooMuch(rapidjson::Value& root, const JsonPointer& pointer, const bool creation) {
+bool padsTooMuch(rapidjson::Value& root, MemberIndex& index, const JsonPointer& pointer, const bool creation) {
     if(!creation) return false;
     const std::size_t count = pointer.tokenCount();
+    bool hasIndex = false;
+    for(std::size_t i = 0; i != count && !hasIndex; ++i)
+        hasIndex = pointer.token(i).index != JsonPointer::InvalidIndex;
+    if(!hasIndex) return false;
     Chain chain{count};
-    const std::size_t depth = resolve(root, pointer, count, chain);
+    const std::size_t depth = resolve(root, index, pointer, count, chain);
     for(std::size_t i = depth; i != count; ++i) {
         const std::uint32_t index = pointer.token(i).index;
         if(index == JsonPointer::InvalidIndex) continue;
@@ -326,19 +333,19 @@ bool padsTooMuch(rapidjson::Value& root, const JsonPointer& pointer, const bool 
     return false;
 }
 
-void applyForward(rapidjson::Value& root, JsonAllocator& allocator, const Change& change, AppliedChange& applied, Containers::Pointer<rapidjson::Value>* const oldValue) {
-    if(change.newValue) setForward(root, allocator, change, applied, oldValue);
-    else removeForward(root, change, applied, oldValue);
+void applyForward(rapidjson::Value& root, MemberIndex& index, JsonAllocator& allocator, const Change& change, AppliedChange& applied, Containers::Pointer<rapidjson::Value>* const oldValue) {
+    if(change.newValue) setForward(root, index, allocator, change, applied, oldValue);
+    else removeForward(root, index, change, applied, oldValue);
 }
 
-bool applyBackward(rapidjson::Value& root, JsonAllocator& allocator, const Change& change, AppliedChange& applied) {
+bool applyBackward(rapidjson::Value& root, MemberIndex& index, JsonAllocator& allocator, const Change& change, AppliedChange& applied) {
     const JsonPointer& pointer = applied.pointer;
     if(applied.placement == Placement::Removed)
-        return restoreRemoved(root, allocator, change, applied);
+        return restoreRemoved(root, index, allocator, change, applied);
 
     Chain chain{pointer.tokenCount()};
     const std::size_t depth = applied.depth;
-    if(resolve(root, pointer, depth, chain) != depth) return false;
+    if(resolve(root, index, pointer, depth, chain) != depth) return false;
     rapidjson::Value& value = *chain[depth];
 
     switch(applied.placement) {
@@ -357,7 +364,7 @@ bool applyBackward(rapidjson::Value& root, JsonAllocator& allocator, const Chang
             if(!value.IsObject() || !value.MemberCount()) return false;
             const rapidjson::Value& lastName = (value.MemberEnd() - 1)->name;
             if(Containers::StringView{lastName.GetString(), lastName.GetStringLength()} != name) return false;
-            eraseMember(value, value.MemberCount() - 1, applied.name, applied.spare);
+            index.erase(value, value.MemberCount() - 1, applied.name, applied.spare);
             applied.hasSpare = true;
             return true;
         }

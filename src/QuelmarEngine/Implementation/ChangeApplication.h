@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <vector>
+#include <Corrade/Containers/Pointer.h>
 #include <rapidjson/document.h>
 
 #include "QuelmarEngine/QuelmarEngine.h"
@@ -56,21 +57,35 @@ struct AppliedChange {
     /* The value that the document held on the other side of the record */
     rapidjson::Value spare;
     rapidjson::Value old;
+
+    /* For another record, keeping what was allocated */
+    void reset() {
+        placement = Placement::Replaced;
+        erased = hasSpare = false;
+        depth = size = 0;
+        cleanup.clear();
+        name.SetNull();
+        spare.SetNull();
+        old.SetNull();
+    }
 };
 
-/* Whether applying a record with @p value (null for a removal) at @p pointer
-   would pad an array past MaxArrayPadding */
-bool padsTooMuch(rapidjson::Value& root, const JsonPointer& pointer, bool creation);
+/* Whether applying a creation or replacement at @p pointer would pad an
+   array past MaxArrayPadding. Every function here takes the member index of
+   the document whose root is @p root. */
+bool padsTooMuch(rapidjson::Value& root, MemberIndex& index, const JsonPointer& pointer, bool creation);
 
 /* Applies @p change as documented, recording into @p applied what it did.
-   The value that a replacement or removal takes out of the document goes to
-   @p displaced when that is not null, else into applied.spare. */
-void applyForward(rapidjson::Value& root, JsonAllocator& allocator, const Change& change, AppliedChange& applied, Containers::Pointer<rapidjson::Value>* displaced);
+   At the push @p oldValue is the record's old value, still empty: a path
+   that names a value then makes a replacement, and the value that a
+   replacement or removal takes out of the document goes there. Later it is
+   null, the record's values decide, and what is taken out goes beside it. */
+void applyForward(rapidjson::Value& root, MemberIndex& index, JsonAllocator& allocator, const Change& change, AppliedChange& applied, Containers::Pointer<rapidjson::Value>* oldValue);
 
 /* Takes back the last forward application of @p change, given the document
    as that application left it. Returns false, changing nothing, when the
    document isn't in that state (a host edited it directly). */
-bool applyBackward(rapidjson::Value& root, JsonAllocator& allocator, const Change& change, AppliedChange& applied);
+bool applyBackward(rapidjson::Value& root, MemberIndex& index, JsonAllocator& allocator, const Change& change, AppliedChange& applied);
 
 }}
 

@@ -28,13 +28,13 @@ JsonObject::~JsonObject() = default;
 
 rapidjson::Value* JsonObject::value() const {
     const JsonPointer pointer{{_path.data(), _pathLength}};
-    return pointer.isValid() ? pointer.get(*_project->document) : nullptr;
+    return pointer.isValid() ? pointer.get(*_project->document, &_project->memberIndex()) : nullptr;
 }
 
 rapidjson::Value& JsonObject::createValue() {
     const JsonPointer pointer{{_path.data(), _pathLength}};
     CORRADE_INTERNAL_ASSERT(pointer.isValid());
-    return pointer.create(*_project->document, _project->allocator());
+    return pointer.create(*_project->document, _project->allocator(), nullptr, &_project->memberIndex());
 }
 
 bool JsonObject::exists() const {

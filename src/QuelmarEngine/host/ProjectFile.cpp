@@ -90,12 +90,9 @@ void appendBase36(std::string& out, unsigned long long value, const std::size_t 
 
 ProjectFile::ProjectFile(): ValueAccess{*this}, document{Containers::pointer<rapidjson::Document>()} {
     document->SetObject();
-    indexMembersOf(*document);
 }
 
-ProjectFile::~ProjectFile() {
-    if(document) forgetMemberIndices(*document);
-}
+ProjectFile::~ProjectFile() = default;
 
 namespace {
 
@@ -123,9 +120,8 @@ std::string errnoText() {
 bool ProjectFile::loadFromString(const Containers::StringView json) {
     Containers::Pointer<rapidjson::Document> parsed = parseProject(json, "the project");
     if(!parsed) return false;
-    if(document) forgetMemberIndices(*document);
     document = std::move(parsed);
-    indexMembersOf(*document);
+    documentChanged();
     return true;
 }
 
@@ -155,9 +151,8 @@ bool ProjectFile::loadFromFile(const Containers::StringView path) {
 
     Containers::Pointer<rapidjson::Document> parsed = parseProject({text.data(), text.size()}, filename);
     if(!parsed) return false;
-    if(document) forgetMemberIndices(*document);
     document = std::move(parsed);
-    indexMembersOf(*document);
+    documentChanged();
     return true;
 }
 
@@ -265,7 +260,24 @@ const rapidjson::Value* ProjectFile::resourceByName(const Containers::String& ty
 rapidjson::Value* ProjectFile::getValue(const char* const path, bool) const {
     const JsonPointer pointer{path};
     /* The document is the host's to change; this is only a way to it */
-    return pointer.isValid() ? pointer.get(const_cast<rapidjson::Document&>(*document)) : nullptr;
+    return pointer.isValid() ? pointer.get(const_cast<rapidjson::Document&>(*document), &memberIndex()) : nullptr;
+}
+
+rapidjson::Value* ProjectFile::findMember(const rapidjson::Value& object, const Containers::StringView name) const {
+    MemberIndex& index = memberIndex();
+    const rapidjson::SizeType position = index.find(object, name);
+    if(position == object.MemberCount()) return nullptr;
+    /* The document is the host's to change; this is only a way to it */
+    return &const_cast<rapidjson::Value&>((object.MemberBegin() + position)->value);
+}
+
+MemberIndex& ProjectFile::memberIndex() const {
+    _memberIndex.bind(*document);
+    return _memberIndex;
+}
+
+void ProjectFile::documentChanged() {
+    _memberIndex.clear();
 }
 
 JsonAllocator& ProjectFile::allocator() {

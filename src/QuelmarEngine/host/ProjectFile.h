@@ -9,6 +9,7 @@
 #include <Corrade/Containers/StringView.h>
 #include <rapidjson/document.h>
 
+#include "QuelmarEngine/MemberIndex.h"
 #include "QuelmarEngine/host/JsonObject.h"
 
 namespace QuelmarEngine {
@@ -18,6 +19,17 @@ namespace QuelmarEngine {
 
 Also the @ref ValueAccess on the document's root. Not copyable or movable, as
 accessors made from it point back to it.
+
+Lookups in the top-level maps of the document (@ref findMember(),
+@ref getValue(), the accessors and the change manager) answer from a
+@ref MemberIndex owned by the project file, which the change manager and the
+accessors' setters keep in step. A host may replace @ref document or edit it
+directly: the index notices a replaced document, a map's member array or
+count that changed and a member that isn't where it says, and rebuilds what it
+needs, so it never reads freed memory or answers the wrong record. What it
+can't notice is a member renamed in place, or a replacement document whose
+maps happen to sit where the old ones did with as many members: after such an
+edit, call @ref documentChanged().
 */
 class ProjectFile: public ValueAccess {
     public:
@@ -90,10 +102,31 @@ class ProjectFile: public ValueAccess {
         /** The document's allocator */
         virtual JsonAllocator& allocator();
 
+        /**
+         * @brief The member of @p object named @p name, or @cpp nullptr @ce
+         *
+         * From the member index when @p object is a large top-level map of
+         * the document, else by a scan. Expects an object.
+         */
+        rapidjson::Value* findMember(const rapidjson::Value& object, Containers::StringView name) const;
+
+        /** The member index of the document held now */
+        MemberIndex& memberIndex() const;
+
+        /**
+         * @brief Tells the indices that the document was edited directly
+         *
+         * Needed only after a host renamed a member of a top-level map in
+         * place, or replaced the document by one whose maps may sit at the
+         * old ones' addresses; everything else is noticed.
+         */
+        void documentChanged();
+
         /** The document; null only when a host unset it */
         Containers::Pointer<rapidjson::Document> document;
 
     private:
+        mutable MemberIndex _memberIndex;
         std::function<Containers::String()> _idGenerator;
         Containers::String _idPrefix;
         unsigned long long _idCounter{};
