@@ -1,4 +1,5 @@
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <string>
 #include <sys/stat.h>
@@ -6,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <Corrade/Utility/Debug.h>
 
+#include "QuelmarEngine/ChangeManager.h"
+#include "QuelmarEngine/JsonPointer.h"
 #include "QuelmarEngine/Tools/ProjectTools.h"
 #include "QuelmarEngine/host/JsonPrinter.h"
 #include "QuelmarEngine/host/ProjectFile.h"
@@ -153,6 +156,57 @@ TEST(ProjectFileTest, DirectEditsOfTheDocument) {
     project.documentChanged();
     EXPECT_EQ(name(project, "/objects/renamed/name"), "0");
     EXPECT_EQ(name(project, "/objects/j0/name"), "(none)");
+}
+
+/* The name index follows whatever the change manager and the accessors do,
+   and a direct edit can't make it answer a record without the name */
+TEST(ProjectFileTest, ResourceByNameFollowsEveryChange) {
+    ProjectFile project;
+    ASSERT_TRUE(project.loadFromString(R"({"objects":{"a":{"name":"A"},"b":{"name":"B"}},"skins":{}})"));
+    ChangeManager changes{project};
+    const auto scan = [&](const char* name) {
+        const rapidjson::Value* const objects = project.getValue("/objects", false);
+        if(!objects || !objects->IsObject()) return false;
+        for(auto record = objects->MemberBegin(); record != objects->MemberEnd(); ++record) {
+            const rapidjson::Value* const value = record->value.IsObject() ? findMember(record->value, "name") : nullptr;
+            if(value && value->IsString() && std::string{value->GetString()} == name) return true;
+        }
+        return false;
+    };
+    auto parse = [](const char* json) {
+        rapidjson::Document document;
+        document.Parse(json);
+        return document;
+    };
+
+    std::mt19937 random{3};
+    const char* const names[]{"A", "B", "C"};
+    const char* const keys[]{"a", "b", "c"};
+    for(int step = 0; step != 3000; ++step) {
+        const std::string key = keys[random() % 3], name = names[random() % 3];
+        switch(random() % 9) {
+            case 0: changes.pushChange(("/objects/" + key + "/name").data(), name.data(), false); break;
+            case 1: changes.pushChange(("/objects/" + key).data(), parse(("{\"name\":\"" + name + "\"}").data()), false); break;
+            case 2: changes.pushRemoval(("/objects/" + key + (random() % 2 ? "/name" : "")).data()); break;
+            case 3: changes.pushChange(("/objects/" + key + "/name/x").data(), "through", false); break;
+            case 4: if(random() % 10 == 0) changes.pushChange("/objects", parse(R"({"c":{"name":"C"}})"), false); break;
+            case 5: project["objects"]->subValue(key.data())->subValue("name").setString(name.data(), false); break;
+            case 6: changes.undoLast(); break;
+            case 7: changes.redoLastUndo(); break;
+            case 8: if(random() % 20 == 0) {
+                /* A direct edit that takes a name away is found out */
+                if(rapidjson::Value* const value = project.getValue(("/objects/" + key + "/name").data(), false))
+                    value->SetString("direct", project.allocator());
+            } break;
+        }
+        for(const char* const candidate: names)
+            ASSERT_EQ(project.resourceByName(Containers::String{"objects"}, Containers::String{candidate}) != nullptr, scan(candidate)) << "step " << step << " " << candidate;
+    }
+
+    /* A name given directly needs the documented call */
+    project.getValue("/objects", false)->AddMember("d", rapidjson::Value{parse(R"({"name":"D"})"), project.allocator()}, project.allocator());
+    project.documentChanged();
+    EXPECT_TRUE(project.resourceByName(Containers::String{"objects"}, Containers::String{"D"}));
 }
 
 TEST(ProjectFileTest, EditorWithStaticStorage) {

@@ -139,6 +139,7 @@ void ChangeManager::pushChange(Containers::Array<char>&& path, const rapidjson::
             target.newValue = std::move(newValue);
             target.group = _group;
             pointer.get(*_project->document, &_project->memberIndex())->CopyFrom(*target.newValue, allocator());
+            _project->valueChanged(pointer);
             if(_group < 0) notify(target);
             return;
         }
@@ -206,6 +207,7 @@ void ChangeManager::applyRecord(const std::int32_t index, Containers::Pointer<ra
     const Change& change = _changes[index];
     rapidjson::Document& document = *_project->document;
     Implementation::applyForward(document, _project->memberIndex(), allocator(), change, _applied[index], oldValue);
+    _project->valueChanged(_applied[index].pointer);
     if(_group < 0) notify(change);
 }
 
@@ -283,6 +285,7 @@ void ChangeManager::applyChange(const Change& change) {
     applied.pointer = JsonPointer{text};
     CORRADE_ASSERT(applied.pointer.isValid(), "ChangeManager::applyChange(): invalid JSON pointer" << text, );
     Implementation::applyForward(document, _project->memberIndex(), allocator(), change, applied, nullptr);
+    _project->valueChanged(applied.pointer);
     if(_group < 0) notify(change);
 }
 
@@ -303,6 +306,7 @@ void ChangeManager::undo(const Change& change) {
        inverse record applied, which is the best there is then */
     if(_lastChange >= 0 && &change == &_changes[_lastChange] &&
        Implementation::applyBackward(document, _project->memberIndex(), allocator(), change, _applied[_lastChange])) {
+        _project->valueChanged(_applied[_lastChange].pointer);
         if(_group < 0) notifyInverse(change);
     } else applyChange(reverse(change));
     --_lastChange;

@@ -246,15 +246,8 @@ void ProjectFile::setIdGenerator(std::function<Containers::String()> generator) 
 }
 
 const rapidjson::Value* ProjectFile::resourceByName(const Containers::String& type, const Containers::String& name) const {
-    const rapidjson::Value* const map = findMember(*document, type);
-    if(!map || !map->IsObject()) return nullptr;
-    for(auto record = map->MemberBegin(); record != map->MemberEnd(); ++record) {
-        if(!record->value.IsObject()) continue;
-        const rapidjson::Value* const recordName = findMember(record->value, "name");
-        if(recordName && recordName->IsString() && Containers::StringView{recordName->GetString(), recordName->GetStringLength()} == name)
-            return &record->value;
-    }
-    return nullptr;
+    _names.bind(*document);
+    return _names.find(memberIndex(), type, name);
 }
 
 rapidjson::Value* ProjectFile::getValue(const char* const path, bool) const {
@@ -276,8 +269,14 @@ MemberIndex& ProjectFile::memberIndex() const {
     return _memberIndex;
 }
 
+void ProjectFile::valueChanged(const JsonPointer& pointer) {
+    _names.bind(*document);
+    _names.valueChanged(memberIndex(), pointer);
+}
+
 void ProjectFile::documentChanged() {
     _memberIndex.clear();
+    _names.clear();
 }
 
 JsonAllocator& ProjectFile::allocator() {

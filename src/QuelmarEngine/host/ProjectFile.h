@@ -11,6 +11,7 @@
 
 #include "QuelmarEngine/MemberIndex.h"
 #include "QuelmarEngine/host/JsonObject.h"
+#include "QuelmarEngine/host/NameIndex.h"
 
 namespace QuelmarEngine {
 
@@ -23,13 +24,15 @@ accessors made from it point back to it.
 Lookups in the top-level maps of the document (@ref findMember(),
 @ref getValue(), the accessors and the change manager) answer from a
 @ref MemberIndex owned by the project file, which the change manager and the
-accessors' setters keep in step. A host may replace @ref document or edit it
-directly: the index notices a replaced document, a map's member array or
-count that changed and a member that isn't where it says, and rebuilds what it
-needs, so it never reads freed memory or answers the wrong record. What it
-can't notice is a member renamed in place, or a replacement document whose
-maps happen to sit where the old ones did with as many members: after such an
-edit, call @ref documentChanged().
+accessors' setters keep in step; @ref resourceByName() answers likewise from
+a name index. A host may replace @ref document or edit it directly: the
+indices notice a replaced document, a map's member array or count that
+changed, a member that isn't where it says and a record that lost its name,
+and rebuild what they need, so they never read freed memory or answer the
+wrong record. What they can't notice is a member renamed in place, a record
+given a name, or a replacement document whose maps happen to sit where the
+old ones did with as many members: after such an edit, call
+@ref documentChanged().
 */
 class ProjectFile: public ValueAccess {
     public:
@@ -87,7 +90,13 @@ class ProjectFile: public ValueAccess {
         /** Makes @ref generateId() return what @p generator returns; an empty one restores the default */
         void setIdGenerator(std::function<Containers::String()> generator);
 
-        /** A record of the map @p type whose "name" is @p name, or @cpp nullptr @ce */
+        /**
+         * @brief A record of the map @p type whose "name" is @p name, or @cpp nullptr @ce
+         *
+         * One lookup in a name index that @ref valueChanged() keeps up to
+         * date, so that looking for a free name doesn't scan the map. Records
+         * flagged deleted count too.
+         */
         const rapidjson::Value* resourceByName(const Containers::String& type, const Containers::String& name) const;
 
         /**
@@ -114,11 +123,20 @@ class ProjectFile: public ValueAccess {
         MemberIndex& memberIndex() const;
 
         /**
+         * @brief Tells the indices that the value at @p pointer was set, made or removed
+         *
+         * The change manager calls it for every change it applies, and the
+         * accessors' setters for every write.
+         */
+        void valueChanged(const JsonPointer& pointer);
+
+        /**
          * @brief Tells the indices that the document was edited directly
          *
-         * Needed only after a host renamed a member of a top-level map in
-         * place, or replaced the document by one whose maps may sit at the
-         * old ones' addresses; everything else is noticed.
+         * Needed after a host renamed a member of a top-level map in place,
+         * replaced the document by one whose maps may sit at the old ones'
+         * addresses, or gave a record a "name" other than through the change
+         * manager or the accessors; everything else is noticed.
          */
         void documentChanged();
 
@@ -127,6 +145,7 @@ class ProjectFile: public ValueAccess {
 
     private:
         mutable MemberIndex _memberIndex;
+        mutable NameIndex _names;
         std::function<Containers::String()> _idGenerator;
         Containers::String _idPrefix;
         unsigned long long _idCounter{};
