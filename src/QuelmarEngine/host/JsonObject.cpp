@@ -12,7 +12,7 @@ namespace QuelmarEngine {
 namespace {
 
 Containers::Array<char> copyPath(const Containers::StringView path) {
-    Containers::Array<char> out{path.size() + 1};
+    Containers::Array<char> out{ValueInit, path.size() + 1};
     if(path.size()) std::memcpy(out.data(), path.data(), path.size());
     return out;
 }
