@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "QuelmarEngine/ChangeManager.h"
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "QuelmarEngine/host/ProjectFile.h"
 
 using namespace QuelmarEngine;

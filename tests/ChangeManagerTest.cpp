@@ -9,7 +9,7 @@
 #include <Corrade/Utility/Debug.h>
 
 #include "QuelmarEngine/ChangeManager.h"
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "QuelmarEngine/host/ProjectFile.h"
 
 using namespace QuelmarEngine;

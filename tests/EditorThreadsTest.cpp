@@ -6,7 +6,7 @@
 #include <thread>
 #include <gtest/gtest.h>
 
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
 #include "QuelmarEngine/Tools/ProjectTools.h"
 

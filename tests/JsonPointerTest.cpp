@@ -2,7 +2,7 @@
 #include <rapidjson/document.h>
 
 #include "QuelmarEngine/JsonPointer.h"
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 
 using namespace QuelmarEngine;
 

@@ -10,7 +10,7 @@
 #include "QuelmarEngine/ChangeManager.h"
 #include "QuelmarEngine/JsonPointer.h"
 #include "QuelmarEngine/Tools/ProjectTools.h"
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "QuelmarEngine/host/ProjectFile.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
 

@@ -9,9 +9,9 @@
 #include <Corrade/Utility/Assert.h>
 
 #include "QuelmarEngine/JsonPointer.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "QuelmarEngine/MemberIndex.h"
 #include "QuelmarEngine/Implementation/ChangeApplication.h"
-#include "QuelmarEngine/host/JsonPrinter.h"
 #include "QuelmarEngine/host/ProjectFile.h"
 
 namespace QuelmarEngine {

@@ -2,7 +2,7 @@
 #include <iostream>
 
 #include "QuelmarEngine/JsonReader.h"
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "Command.h"
 #include "DocumentCheck.h"
 #include "OneStep.h"

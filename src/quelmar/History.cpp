@@ -7,7 +7,7 @@
 #include <Corrade/Utility/Debug.h>
 
 #include "QuelmarEngine/ChangeManager.h"
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "Session.h"
 
 namespace quelmar {

@@ -4,7 +4,7 @@
 #include <Corrade/Containers/String.h>
 
 #include "QuelmarEngine/JsonPointer.h"
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "Session.h"
 
 namespace quelmar {

@@ -1,7 +1,8 @@
 #ifndef QuelmarEngine_host_ProjectFile_h
 #define QuelmarEngine_host_ProjectFile_h
-/* The project file: the project document, loading and atomic saving, key
-   generation, and the root accessor that the tools start from. */
+/* The project file: the project document with its indices, the root
+   accessor that the tools start from, loading and atomic saving, and fresh
+   keys. */
 
 #include <functional>
 #include <Corrade/Containers/Pointer.h>
@@ -11,6 +12,7 @@
 
 #include "QuelmarEngine/MemberIndex.h"
 #include "QuelmarEngine/host/JsonObject.h"
+#include "QuelmarEngine/host/KeyGenerator.h"
 #include "QuelmarEngine/host/NameIndex.h"
 
 namespace QuelmarEngine {
@@ -147,8 +149,7 @@ class ProjectFile: public ValueAccess {
         mutable MemberIndex _memberIndex;
         mutable NameIndex _names;
         std::function<Containers::String()> _idGenerator;
-        Containers::String _idPrefix;
-        unsigned long long _idCounter{};
+        KeyGenerator _keys;
 };
 
 }
