@@ -300,6 +300,22 @@ TEST(ChangeManagerApplyTest, ApplyUndoRedo) {
     }
 }
 
+TEST_F(ChangeManagerTest, UndoAfterADirectEdit) {
+    /* What a record's application left is gone: undo applies the inverse
+       record instead, or puts back what the removal took at its old
+       position, and takes nothing else away */
+    ASSERT_TRUE(project.loadFromString(R"({"o":{"a":{},"b":{"x":1},"c":{"y":[1]}}})"));
+    changes.pushChange("/o/a/name", "A", false);
+    changes.pushRemoval("/o/b/x");
+    changes.pushChange("/o/c/y/0", rapidjson::Value{2}, false);
+    rapidjson::Value& o = (*project.document)["o"];
+    o.EraseMember("a");
+    o.EraseMember("c");
+    o.AddMember("z", 5, project.allocator());
+    run(changes, "< < <");
+    EXPECT_EQ(document(), R"({"o":{"z":5,"b":{"x":1},"c":{"y":[1]}}})");
+}
+
 TEST_F(ChangeManagerTest, HugePaddingIsRefused) {
     ASSERT_TRUE(project.loadFromString(R"({"m":[],"o":{}})"));
     std::ostringstream out;

@@ -196,6 +196,42 @@ void removeForward(rapidjson::Value& root, MemberIndex& index, const Change& cha
     }
 }
 
+/* Where a creation puts its value: under an index key, into an array at
+   that index (or padded to it past the end), else where a pointer create
+   makes it. Returns null when it inserted the value itself. */
+rapidjson::Value* creationTarget(MemberIndex& index, JsonAllocator& allocator, const Change& change, AppliedChange& applied, Chain& chain, const std::size_t resolved) {
+    const JsonPointer& pointer = applied.pointer;
+    const std::size_t count = pointer.tokenCount();
+    const Token& last = pointer.token(count - 1);
+    const bool parentExists = resolved >= count - 1;
+    /* A missing parent has no value at the path either, so this project
+       file answers nothing for it and the index key decides */
+    if(!isIndexKey(last.name) || (parentExists && chain[count - 1]->IsObject()))
+        return &createRecorded(index, allocator, pointer, count, applied, chain, resolved);
+
+    const int position = indexKeyValue(last.name);
+    if(!parentExists) {
+        /* The parent is made, as an empty array, then the value goes in */
+        rapidjson::Value& value = createRecorded(index, allocator, pointer, count - 1, applied, chain, resolved);
+        value.SetArray();
+        return position < 0 ?
+            &insertElement(value, 0, rapidjson::Value{}, allocator) :
+            &pointer.createBelow(value, count - 1, count, allocator, &index);
+    }
+
+    rapidjson::Value& value = *chain[count - 1];
+    CORRADE_INTERNAL_ASSERT(value.IsArray());
+    if(position >= 0 && rapidjson::SizeType(position) >= value.Size())
+        return &createRecorded(index, allocator, pointer, count, applied, chain, resolved);
+    /* Position 0 for a negative index keeps every exchange inside the
+       array */
+    applied.placement = Placement::InsertedElement;
+    applied.depth = std::uint32_t(count - 1);
+    applied.size = position < 0 ? 0 : rapidjson::SizeType(position);
+    insertElement(value, applied.size, rapidjson::Value{*change.newValue, allocator}, allocator);
+    return nullptr;
+}
+
 void setForward(rapidjson::Value& root, MemberIndex& index, JsonAllocator& allocator, const Change& change, AppliedChange& applied, Containers::Pointer<rapidjson::Value>* const oldValue) {
     const JsonPointer& pointer = applied.pointer;
     const std::size_t count = pointer.tokenCount();
@@ -215,44 +251,15 @@ void setForward(rapidjson::Value& root, MemberIndex& index, JsonAllocator& alloc
     }
 
     /* At the push, a path that names a value is a replacement, and the
-       record gets the value taken out as its old one */
+       record gets the value taken out as its old one. The root always
+       exists, so a value for it is a replacement too. */
     const bool replacement = oldValue ? resolved == count : bool(change.oldValue);
-    rapidjson::Value* target;
-    bool insert = false;
-    /* The root always exists, so a value for it is a replacement */
-    if(!replacement && count) {
-        const Token& last = pointer.token(count - 1);
-        const bool parentExists = resolved >= count - 1;
-        insert = isIndexKey(last.name) && (!parentExists || !chain[count - 1]->IsObject());
-        /* A missing parent has no value at the path either, so this project
-           file answers nothing for it and the index key decides */
-        if(insert && parentExists) {
-            const int position = indexKeyValue(last.name);
-            rapidjson::Value& value = *chain[count - 1];
-            CORRADE_INTERNAL_ASSERT(value.IsArray());
-            if(position >= 0 && rapidjson::SizeType(position) >= value.Size()) insert = false;
-            else {
-                /* Position 0 for a negative index keeps every exchange
-                   inside the array */
-                applied.placement = Placement::InsertedElement;
-                applied.depth = std::uint32_t(count - 1);
-                applied.size = position < 0 ? 0 : rapidjson::SizeType(position);
-                insertElement(value, applied.size, rapidjson::Value{*change.newValue, allocator}, allocator);
-                applied.hasSpare = false;
-                return;
-            }
-        } else if(insert) {
-            /* The parent is made, as an empty array, then the value goes in */
-            rapidjson::Value& value = createRecorded(index, allocator, pointer, count - 1, applied, chain, resolved);
-            value.SetArray();
-            target = indexKeyValue(last.name) < 0 ?
-                &insertElement(value, 0, rapidjson::Value{}, allocator) :
-                &pointer.createBelow(value, count - 1, count, allocator, &index);
-        }
-    }
-    if(!insert) target = &createRecorded(index, allocator, pointer, count, applied, chain, resolved);
-
+    rapidjson::Value* const target = replacement || !count ?
+        &createRecorded(index, allocator, pointer, count, applied, chain, resolved) :
+        creationTarget(index, allocator, change, applied, chain, resolved);
     applied.hasSpare = false;
+    if(!target) return;
+
     if(applied.placement == Placement::Replaced) {
         rapidjson::Value incoming;
         if(spareIsNew) incoming = std::move(applied.spare);
