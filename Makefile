@@ -1,9 +1,10 @@
 # Thin wrapper: each target sets the machine up, configures and builds first.
 BUILD ?= build
 ASAN_BUILD ?= build-asan
+TSAN_BUILD ?= build-tsan
 JOBS ?= $(shell nproc)
 
-.PHONY: setup build test demo sanitize clean
+.PHONY: setup build test demo sanitize tsan clean
 
 setup:
 	@./scripts/setup
@@ -26,5 +27,13 @@ sanitize: setup
 	cmake --build $(ASAN_BUILD) -j $(JOBS)
 	ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
 
+# Two editors on two threads under ThreadSanitizer: only the library and
+# that one test are built
+tsan: setup
+	cmake -S . -B $(TSAN_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+		-DCMAKE_CXX_FLAGS=-fsanitize=thread -DCMAKE_EXE_LINKER_FLAGS=-fsanitize=thread
+	cmake --build $(TSAN_BUILD) -j $(JOBS) --target EditorThreadsTest
+	TSAN_OPTIONS=halt_on_error=1 $(TSAN_BUILD)/tests/EditorThreadsTest
+
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD)

@@ -9,7 +9,7 @@
 #include <Corrade/Utility/Debug.h>
 
 #include "QuelmarEngine/ChangeManager.h"
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "QuelmarEngine/host/ProjectFile.h"
 
 using namespace QuelmarEngine;
@@ -19,7 +19,8 @@ using testing::MatchesRegex;
 namespace {
 
 /* Runs space-separated steps: "[" opens a group, "]" commits, "<" undoes,
-   ">" redoes, "/p" pushes the next of 0, 1, 2... to /p, "=/p" merging */
+   ">" redoes, "/p" pushes the next of 0, 1, 2... to /p, "=/p" merging,
+   "/p+" pushes {"a":} that number instead, "-/p" removes /p */
 void run(ChangeManager& changes, const char* script) {
     std::istringstream in{script};
     int value = 0;
@@ -28,7 +29,17 @@ void run(ChangeManager& changes, const char* script) {
         else if(step == "]") changes.commit();
         else if(step == "<") changes.undoLast();
         else if(step == ">") changes.redoLastUndo();
-        else changes.pushChange(step.data() + (step[0] == '='), rapidjson::Value{value++}, step[0] == '=');
+        else if(step[0] == '-') changes.pushRemoval(step.data() + 1), ++value;
+        else {
+            rapidjson::Document pushed;
+            pushed.SetInt(value++);
+            if(step.back() == '+') {
+                step.pop_back();
+                rapidjson::Value number{pushed.GetInt()};
+                pushed.SetObject().AddMember("a", number, pushed.GetAllocator());
+            }
+            changes.pushChange(step.data() + (step[0] == '='), pushed, step[0] == '=');
+        }
     }
 }
 
@@ -85,25 +96,43 @@ TEST_F(ChangeManagerTest, DebugPrint) {
 }
 
 TEST(ChangeManagerMergeTest, Merge) {
+    /* "/p" pushes the next of 0, 1, 2... to /p, "=/p" merging */
     const struct {
-        const char *name, *script, *paths, *document;
+        const char *name, *document, *script, *paths, *after;
     } rows[]{
-        {"grouped: the found record takes the value and becomes the newest", "/first [ /x /y =/x ]", "/first /y /x", R"({"first":0,"x":3,"y":2})"},
-        {"grouped from index 0: the first record is never a target", "[ /x /y =/x ]", "/x /y /x", R"({"x":2,"y":1})"},
-        {"ungrouped run", "/first /x /y =/x", "/first /y /x", R"({"first":0,"x":3,"y":2})"},
-        {"ungrouped merge keeps the redo tail", "/first /x /y < =/x", "/first /x /y", R"({"first":0,"x":3})"},
-        {"not past the end of the run", "/first [ /x ] /y =/x", "/first /x /y /x", R"({"first":0,"x":3,"y":2})"},
+        {"grouped: the found record takes the value and becomes the newest", R"({"f":0,"x":0,"y":0})", "/f [ /x /y =/x ]", "/f /y /x", R"({"f":0,"x":3,"y":2})"},
+        {"grouped from index 0: the first record is never a target", R"({"x":0,"y":0})", "[ /x /y =/x ]", "/x /y /x", R"({"x":2,"y":1})"},
+        {"ungrouped run", R"({"f":0,"x":0,"y":0})", "/f /x /y =/x", "/f /y /x", R"({"f":0,"x":3,"y":2})"},
+        {"the newest record may be a creation", "{}", "/f /x =/x", "/f /x", R"({"f":0,"x":2})"},
+        {"ungrouped merge keeps the redo tail", R"({"f":0,"x":0,"y":0})", "/f /x /y < =/x", "/f /x /y", R"({"f":0,"x":3,"y":0})"},
+        {"not past the end of the run", R"({"f":0,"x":0,"y":0})", "/f [ /x ] /y =/x", "/f /x /y /x", R"({"f":0,"x":3,"y":2})"},
+        /* Where moving records past each other or keeping old values would
+           make undo inexact, the push records a new change */
+        {"a record that isn't a replacement doesn't move", R"({"f":0,"x":0})", "/f /x /y =/x", "/f /x /y /x", R"({"f":0,"x":3,"y":2})"},
+        {"nor does one past a record above or below it", R"({"f":0,"x":{"a":0}})", "/f /x/a /x+ =/x/a", "/f /x/a /x /x/a", R"({"f":0,"x":{"a":3}})"},
+        {"nor one that the newest record would pass with a path below it", R"({"f":0,"x":0,"a":{"b":0}})", "/f /x /a/b /a =/x", "/f /x /a/b /a /x", R"({"f":0,"x":4,"a":3})"},
+        {"no merge into a removal", R"({"f":0,"x":0})", "/f -/x =/x", "/f /x /x", R"({"f":0,"x":2})"},
+        {"no merge through a path that names nothing", R"({"f":0,"l":[]})", "/f /l/- =/l/-", "/f /l/- /l/-", R"({"f":0,"l":[1,2]})"},
+        {"no merge where the redo tail holds the path, so none to redo", R"({"f":0,"x":0})", "/f /x /x < =/x >", "/f /x /x", R"({"f":0,"x":3})"},
+        /* From {"s":0,"a":{}}: merging /s past the creation and the removal
+           made undoing everything leave "a":{"k":[null,2]} */
+        {"a merge that would move past creations and removals", R"({"s":0,"a":{}})", "/pad /s /a/k -/a/k =/s", "/pad /s /a/k /a/k /s", R"({"s":4,"a":{},"pad":0})"},
     };
     for(const auto& row: rows) {
         SCOPED_TRACE(row.name);
         ProjectFile project;
+        ASSERT_TRUE(project.loadFromString(row.document));
         ChangeManager changes{project};
         run(changes, row.script);
         EXPECT_EQ(paths(changes), row.paths);
-        EXPECT_EQ(writeJson(*project.document), row.document);
-        /* The merged record keeps its first old value */
+        EXPECT_EQ(writeJson(*project.document), row.after);
+        /* Whatever merged, the history undoes and redoes exactly */
+        while(changes.canRedo()) changes.redoLastUndo();
+        const std::string last = writeJson(*project.document);
         while(changes.canUndo()) changes.undoLast();
-        EXPECT_EQ(writeJson(*project.document), "{}");
+        EXPECT_EQ(writeJson(*project.document), row.document);
+        while(changes.canRedo()) changes.redoLastUndo();
+        EXPECT_EQ(writeJson(*project.document), last);
     }
 }
 
@@ -185,16 +214,16 @@ TEST_F(ChangeManagerTest, SaveMark) {
     run(changes, "< < < <");
     EXPECT_FALSE(changes.hasUnsavedChanges());
     /* A merge at the mark leaves it alone, although the document changed */
-    run(changes, "> >");
+    run(changes, "> > > >");
     changes.markSave();
     run(changes, "=/n");
-    EXPECT_EQ(changes.savedChangeIndex(), 1);
+    EXPECT_EQ(changes.savedChangeIndex(), 3);
     EXPECT_FALSE(changes.hasUnsavedChanges());
     /* reset() forgets the history, keeps the mark and the open group */
     changes.beginGroup();
     changes.reset(project);
     EXPECT_EQ(changes.changeCount(), 0u);
-    EXPECT_EQ(changes.savedChangeIndex(), 1);
+    EXPECT_EQ(changes.savedChangeIndex(), 3);
     EXPECT_TRUE(changes.hasUnsavedChanges());
     EXPECT_TRUE(changes.isGroupOpen());
 }
@@ -226,29 +255,32 @@ TEST_F(ChangeManagerTest, PathArrays) {
     EXPECT_EQ(document(), R"({"a":"text","b":5})");
 }
 
-/* Each row pushes one change, a removal for a null value, then undoes and
-   redoes it */
+/* Each row pushes one change, a removal for a null value; undoing it gives
+   back the document exactly, redoing it the changed one */
 TEST(ChangeManagerApplyTest, ApplyUndoRedo) {
     const struct {
         const char *name, *document, *path, *value, *applied;
-        const char* undone; /* null when it is the document */
     } rows[]{
-        {"removal erases the record it empties, undo restores it last", R"({"objects":{"a7":{"name":"A"},"b":{"name":"B"}}})", "/objects/a7/name", nullptr,
-         R"({"objects":{"b":{"name":"B"}}})", R"({"objects":{"b":{"name":"B"},"a7":{"name":"A"}}})"},
-        {"removal never erases a top-level member", R"({"skins":{"s":{"joints":[]}}})", "/skins/s", nullptr, R"({"skins":{}})", nullptr},
-        {"cleanup climbs through arrays and objects", R"({"objects":{"a7":{"components":[{"type":"mesh"}]}}})", "/objects/a7/components/0/type", nullptr, R"({"objects":{}})", nullptr},
-        {"cleanup stops at a container that keeps something", R"({"objects":{"a7":{"name":"A","components":[{"type":"mesh"}]}}})", "/objects/a7/components/0", nullptr, R"({"objects":{"a7":{"name":"A"}}})", nullptr},
-        {"removal of a missing path cleans up from its parent", R"({"t":{"a":{"b":{}},"c":1}})", "/t/a/b/missing", nullptr, R"({"t":{"c":1}})", R"({"t":{"c":1}})"},
-        {"removal through - without an old value erases nothing", R"({"list":[1,2]})", "/list/-", nullptr, R"({"list":[1,2]})", nullptr},
-        {"array element removal, undo inserts it back", R"({"list":[10,20,30]})", "/list/1", nullptr, R"({"list":[10,30]})", nullptr},
-        {"creation past the end pads with nulls, which stay", R"({"list":[10,20,30]})", "/list/5", "5", R"({"list":[10,20,30,null,null,5]})", R"({"list":[10,20,30,null,null]})"},
-        {"creation through - appends, undo takes the last element", R"({"list":[10,20,30]})", "/list/-", "5", R"({"list":[10,20,30,5]})", nullptr},
-        {"- on an object names a member", R"({"o":{"x":1}})", "/o/-", "5", R"({"o":{"x":1,"-":5}})", nullptr},
-        {"negative index inserts at the front, undo takes the first", R"({"list":[10,20]})", "/list/-3", "5", R"({"list":[5,10,20]})", nullptr},
-        {"numeric key on an object is a member", R"({"objects":{"a":{}}})", "/objects/12", "{}", R"({"objects":{"a":{},"12":{}}})", nullptr},
-        {"index key under a missing parent makes an array", R"({"o":{"x":1}})", "/o/list/0", "5", R"({"o":{"x":1,"list":[5]}})", nullptr},
-        {"name under a missing parent makes objects", R"({"o":{"x":1}})", "/o/a/b", "5", R"({"o":{"x":1,"a":{"b":5}}})", nullptr},
-        {"replacement", R"({"o":{"x":[1,2]}})", "/o/x", R"({"y":true})", R"({"o":{"x":{"y":true}}})", nullptr},
+        {"deleteObject of an empty record: undo keeps the record", R"({"objects":{"a":{},"b":{"name":"B"}}})", "/objects/a/deleted", "true", R"({"objects":{"a":{"deleted":true},"b":{"name":"B"}}})"},
+        {"reparentObject of an empty record", R"({"objects":{"a":{},"b":{}}})", "/objects/a/parent", R"("b")", R"({"objects":{"a":{"parent":"b"},"b":{}}})"},
+        {"a record that is null becomes an object", R"({"objects":{"a":null}})", "/objects/a/deleted", "true", R"({"objects":{"a":{"deleted":true}}})"},
+        {"a record that is a number becomes an object", R"({"objects":{"a":5}})", "/objects/a/parent", R"("b")", R"({"objects":{"a":{"parent":"b"}}})"},
+        {"- appends, undo leaves the array", R"({"materials":{"m":{"tags":[]}}})", "/materials/m/tags/-", R"("x")", R"({"materials":{"m":{"tags":["x"]}}})"},
+        {"numeric key on an object is a member", R"({"materials":{"m":{}}})", "/materials/m/5", "true", R"({"materials":{"m":{"5":true}}})"},
+        {"however large", R"({"materials":{"m":{}}})", "/materials/m/4294967294", "true", R"({"materials":{"m":{"4294967294":true}}})"},
+        {"index past the end pads with nulls", R"({"list":[10,20,30]})", "/list/5", "5", R"({"list":[10,20,30,null,null,5]})"},
+        {"negative index inserts at the front", R"({"list":[10,20]})", "/list/-3", "5", R"({"list":[5,10,20]})"},
+        {"index key under a missing parent makes an array", R"({"o":{"x":1}})", "/o/list/0", "5", R"({"o":{"x":1,"list":[5]}})"},
+        {"a name on an array makes it an object", R"({"l":[1,2]})", "/l/x", "5", R"({"l":{"x":5}})"},
+        {"a top-level map made by a creation goes on undo", R"({"skins":{}})", "/objects/k", "{}", R"({"skins":{},"objects":{"k":{}}})"},
+        {"replacement", R"({"o":{"x":[1,2]}})", "/o/x", R"({"y":true})", R"({"o":{"x":{"y":true}}})"},
+        {"removal from the middle comes back in place", R"({"objects":{"wall":{},"floor":{"name":"F"},"roof":{}}})", "/objects/floor", nullptr, R"({"objects":{"wall":{},"roof":{}}})"},
+        {"removal erases emptied containers below the top level", R"({"objects":{"a7":{"components":[{"type":"mesh"}]},"b":{}}})", "/objects/a7/components/0/type", nullptr, R"({"objects":{"b":{}}})"},
+        {"cleanup stops at a container that keeps something", R"({"objects":{"a7":{"components":[{"type":"mesh"}],"name":"A"}}})", "/objects/a7/components/0", nullptr, R"({"objects":{"a7":{"name":"A"}}})"},
+        {"removal never erases a top-level member", R"({"skins":{"s":{"joints":[]}}})", "/skins/s", nullptr, R"({"skins":{}})"},
+        {"removal of a missing path cleans up from its parent", R"({"t":{"a":{"b":{}},"c":1}})", "/t/a/b/missing", nullptr, R"({"t":{"c":1}})"},
+        {"array element removal", R"({"list":[10,20,30]})", "/list/1", nullptr, R"({"list":[10,30]})"},
+        {"removal through - erases nothing", R"({"list":[1,2]})", "/list/-", nullptr, R"({"list":[1,2]})"},
     };
     for(const auto& row: rows) {
         SCOPED_TRACE(row.name);
@@ -262,10 +294,42 @@ TEST(ChangeManagerApplyTest, ApplyUndoRedo) {
         } else changes.pushRemoval(row.path);
         EXPECT_EQ(writeJson(*project.document), row.applied);
         changes.undoLast();
-        EXPECT_EQ(writeJson(*project.document), row.undone ? row.undone : row.document);
+        EXPECT_EQ(writeJson(*project.document), row.document);
         changes.redoLastUndo();
         EXPECT_EQ(writeJson(*project.document), row.applied);
     }
+}
+
+TEST_F(ChangeManagerTest, UndoAfterADirectEdit) {
+    /* What a record's application left is gone: undo applies the inverse
+       record instead, or puts back what the removal took at its old
+       position, and takes nothing else away */
+    ASSERT_TRUE(project.loadFromString(R"({"o":{"a":{},"b":{"x":1},"c":{"y":[1]}}})"));
+    changes.pushChange("/o/a/name", "A", false);
+    changes.pushRemoval("/o/b/x");
+    changes.pushChange("/o/c/y/0", rapidjson::Value{2}, false);
+    rapidjson::Value& o = (*project.document)["o"];
+    o.EraseMember("a");
+    o.EraseMember("c");
+    o.AddMember("z", 5, project.allocator());
+    run(changes, "< < <");
+    EXPECT_EQ(document(), R"({"o":{"z":5,"b":{"x":1},"c":{"y":[1]}}})");
+}
+
+TEST_F(ChangeManagerTest, HugePaddingIsRefused) {
+    ASSERT_TRUE(project.loadFromString(R"({"m":[],"o":{}})"));
+    std::ostringstream out;
+    {
+        Utility::Error redirect{&out};
+        changes.pushChange("/m/4294967294", "x", false);
+        changes.pushChange("/o/a/1000001", "x", false);
+    }
+    EXPECT_EQ(out.str(), "ChangeManager::pushChange(): refusing /m/4294967294 as it would pad an array with more than 1000000 nulls\n"
+                         "ChangeManager::pushChange(): refusing /o/a/1000001 as it would pad an array with more than 1000000 nulls\n");
+    EXPECT_EQ(changes.changeCount(), 0u);
+    EXPECT_EQ(document(), R"({"m":[],"o":{}})");
+    changes.pushChange("/o/a/1000000", "x", false);
+    EXPECT_EQ(project.getValue("/o/a", false)->Size(), 1000001u);
 }
 
 TEST_F(ChangeManagerDeathTest, FatalErrors) {
@@ -293,5 +357,5 @@ TEST_F(ChangeManagerDeathTest, FatalErrors) {
     }
     EXPECT_DEATH(changes.lastChange(), MatchesRegex("Assertion _lastChange >= 0 && _lastChange < int\\(_changes\\.size\\(\\)\\) failed at .*ChangeManager\\.cpp:[0-9]+\n"));
     /* An index key under a string */
-    EXPECT_DEATH(changes.pushChange("/s/0", value, false), MatchesRegex("Assertion value\\.IsArray\\(\\) failed at .*ChangeManager\\.cpp:[0-9]+\n"));
+    EXPECT_DEATH(changes.pushChange("/s/0", value, false), MatchesRegex("Assertion value\\.IsArray\\(\\) failed at .*\\.cpp:[0-9]+\n"));
 }

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "QuelmarEngine/JsonReader.h"
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 
 using namespace QuelmarEngine;
 

@@ -1,4 +1,5 @@
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <string>
 #include <sys/stat.h>
@@ -6,8 +7,12 @@
 #include <gtest/gtest.h>
 #include <Corrade/Utility/Debug.h>
 
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/ChangeManager.h"
+#include "QuelmarEngine/JsonPointer.h"
+#include "QuelmarEngine/Tools/ProjectTools.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "QuelmarEngine/host/ProjectFile.h"
+#include "QuelmarEngine/host/QuelmarEditor.h"
 
 using namespace QuelmarEngine;
 
@@ -109,6 +114,111 @@ TEST(ProjectFileTest, Accessors) {
     EXPECT_FALSE(project.getValue("not a pointer", false));
     EXPECT_TRUE(project.resourceByName(Containers::String{"objects"}, Containers::String{"A"}));
     EXPECT_FALSE(project.resourceByName(Containers::String{"skins"}, Containers::String{"A"}));
+}
+
+/* A host may replace the document or edit it directly; lookups in an indexed
+   map stay right and never read freed memory */
+TEST(ProjectFileTest, DirectEditsOfTheDocument) {
+    auto text = [](const char* prefix) {
+        std::string json = "{\"objects\":{";
+        for(int i = 0; i != 200; ++i)
+            json += (i ? ",\"" : "\"") + std::string{prefix} + std::to_string(i) + "\":{\"name\":\"" + std::to_string(i) + "\"}";
+        return json + "}}";
+    };
+    auto name = [](const ProjectFile& project, const char* path) -> std::string {
+        const rapidjson::Value* const value = project.getValue(path, false);
+        return value ? value->GetString() : "(none)";
+    };
+
+    ProjectFile project;
+    ASSERT_TRUE(project.loadFromString(text("k").data()));
+    EXPECT_EQ(name(project, "/objects/k150/name"), "150");
+
+    /* A new document in place of the old one, which is gone */
+    auto replacement = Containers::pointer<rapidjson::Document>();
+    replacement->Parse(text("j").data());
+    project.document = std::move(replacement);
+    EXPECT_EQ(name(project, "/objects/k150/name"), "(none)");
+    EXPECT_EQ(name(project, "/objects/j150/name"), "150");
+
+    /* A member taken from the middle and another one appended: as many
+       members as before, in the same array */
+    rapidjson::Value& objects = (*project.document)["objects"];
+    objects.EraseMember(objects.MemberBegin() + 5);
+    objects.AddMember("k5", rapidjson::Value{rapidjson::kObjectType}.AddMember("name", "new", project.allocator()), project.allocator());
+    EXPECT_EQ(name(project, "/objects/j150/name"), "150");
+    EXPECT_EQ(name(project, "/objects/j5/name"), "(none)");
+    EXPECT_EQ(name(project, "/objects/k5/name"), "new");
+    EXPECT_TRUE(project.findMember(objects, "j199"));
+
+    /* A member renamed in place takes the documented call */
+    objects.MemberBegin()->name.SetString("renamed", project.allocator());
+    project.documentChanged();
+    EXPECT_EQ(name(project, "/objects/renamed/name"), "0");
+    EXPECT_EQ(name(project, "/objects/j0/name"), "(none)");
+}
+
+/* The name index follows whatever the change manager and the accessors do,
+   and a direct edit can't make it answer a record without the name */
+TEST(ProjectFileTest, ResourceByNameFollowsEveryChange) {
+    ProjectFile project;
+    ASSERT_TRUE(project.loadFromString(R"({"objects":{"a":{"name":"A"},"b":{"name":"B"}},"skins":{}})"));
+    ChangeManager changes{project};
+    const auto scan = [&](const char* name) {
+        const rapidjson::Value* const objects = project.getValue("/objects", false);
+        if(!objects || !objects->IsObject()) return false;
+        for(auto record = objects->MemberBegin(); record != objects->MemberEnd(); ++record) {
+            const rapidjson::Value* const value = record->value.IsObject() ? findMember(record->value, "name") : nullptr;
+            if(value && value->IsString() && std::string{value->GetString()} == name) return true;
+        }
+        return false;
+    };
+    auto parse = [](const char* json) {
+        rapidjson::Document document;
+        document.Parse(json);
+        return document;
+    };
+
+    std::mt19937 random{3};
+    const char* const names[]{"A", "B", "C"};
+    const char* const keys[]{"a", "b", "c"};
+    for(int step = 0; step != 3000; ++step) {
+        const std::string key = keys[random() % 3], name = names[random() % 3];
+        switch(random() % 9) {
+            case 0: changes.pushChange(("/objects/" + key + "/name").data(), name.data(), false); break;
+            case 1: changes.pushChange(("/objects/" + key).data(), parse(("{\"name\":\"" + name + "\"}").data()), false); break;
+            case 2: changes.pushRemoval(("/objects/" + key + (random() % 2 ? "/name" : "")).data()); break;
+            case 3: changes.pushChange(("/objects/" + key + "/name/x").data(), "through", false); break;
+            case 4: if(random() % 10 == 0) changes.pushChange("/objects", parse(R"({"c":{"name":"C"}})"), false); break;
+            case 5: project["objects"]->subValue(key.data())->subValue("name").setString(name.data(), false); break;
+            case 6: changes.undoLast(); break;
+            case 7: changes.redoLastUndo(); break;
+            case 8: if(random() % 20 == 0) {
+                /* A direct edit that takes a name away is found out */
+                if(rapidjson::Value* const value = project.getValue(("/objects/" + key + "/name").data(), false))
+                    value->SetString("direct", project.allocator());
+            } break;
+        }
+        for(const char* const candidate: names)
+            ASSERT_EQ(project.resourceByName(Containers::String{"objects"}, Containers::String{candidate}) != nullptr, scan(candidate)) << "step " << step << " " << candidate;
+    }
+
+    /* A name given directly needs the documented call */
+    project.getValue("/objects", false)->AddMember("d", rapidjson::Value{parse(R"({"name":"D"})"), project.allocator()}, project.allocator());
+    project.documentChanged();
+    EXPECT_TRUE(project.resourceByName(Containers::String{"objects"}, Containers::String{"D"}));
+}
+
+TEST(ProjectFileTest, EditorWithStaticStorage) {
+    /* Destroyed after main() returns; nothing that its project file touches
+       then may be gone already */
+    static QuelmarEditor editor;
+    std::string json = "{\"objects\":{";
+    for(int i = 0; i != 100; ++i) json += (i ? ",\"k" : "\"k") + std::to_string(i) + "\":{}";
+    ASSERT_TRUE(editor.loadFromString((json + "}}").data()));
+    deleteResource(editor, "objects", "k50");
+    editor.changeManager->undoLast();
+    EXPECT_TRUE(editor.data.project.getValue("/objects/k50", false));
 }
 
 TEST(ProjectFileTest, GenerateId) {

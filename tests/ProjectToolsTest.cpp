@@ -6,7 +6,7 @@
 #include <Corrade/Utility/Format.h>
 
 #include "QuelmarEngine/Tools/ProjectTools.h"
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
 
 using namespace QuelmarEngine;

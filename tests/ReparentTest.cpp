@@ -8,7 +8,7 @@
 #include <gmock/gmock.h>
 
 #include "QuelmarEngine/Tools/ProjectTools.h"
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
 
 using namespace QuelmarEngine;

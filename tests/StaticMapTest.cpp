@@ -1,3 +1,5 @@
+#include <cstring>
+#include <string>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -25,6 +27,12 @@ TEST(StaticMapTest, FindsOnlyWholeKeys) {
         SCOPED_TRACE(row.key);
         const int* const found = map.findn(row.key, row.n);
         EXPECT_EQ(found ? *found : 0, row.expected);
+        /* find() of a key that isn't zero-terminated is findn() of a whole key */
+        if(row.n == std::strlen(row.key) + 1) {
+            const std::string text = std::string{row.key} + "/more";
+            const int* const whole = map.find({text.data(), std::strlen(row.key)});
+            EXPECT_EQ(whole ? *whole : 0, row.expected);
+        }
     }
     /* grow and clear keep the compiled state, clear keeps the capacity */
     map.grow(16);

@@ -1,18 +1,17 @@
 #include "QuelmarEngine/ChangeManager.h"
 
-#include <climits>
-#include <cstdlib>
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <utility>
-#include <vector>
 #include <Corrade/Containers/GrowableArray.h>
 #include <Corrade/Containers/StringView.h>
 #include <Corrade/Utility/Assert.h>
-#include <Corrade/Utility/String.h>
 
 #include "QuelmarEngine/JsonPointer.h"
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
+#include "QuelmarEngine/MemberIndex.h"
+#include "QuelmarEngine/Implementation/ChangeApplication.h"
 #include "QuelmarEngine/host/ProjectFile.h"
 
 namespace QuelmarEngine {
@@ -29,10 +28,6 @@ std::string toString(Containers::StringView text) {
     return std::string(text.data(), text.size());
 }
 
-Containers::StringView view(const std::string& text) {
-    return {text.data(), text.size()};
-}
-
 Containers::Array<char> copyPath(const char* path) {
     const std::size_t size = std::strlen(path);
     Containers::Array<char> out{ValueInit, size + 1};
@@ -40,46 +35,25 @@ Containers::Array<char> copyPath(const char* path) {
     return out;
 }
 
-/* Parent path and last segment, as splitting at every "/" and joining all
-   but the last piece again would give */
-std::string parentPathOf(Containers::StringView path) {
-    const char* const begin = path.data();
-    for(const char* i = begin + path.size(); i != begin; --i)
-        if(i[-1] == '/') return std::string(begin, i - 1 - begin);
-    return {};
-}
-
-Containers::StringView lastSegmentOf(Containers::StringView path) {
-    const char* const begin = path.data();
-    const char* const end = begin + path.size();
-    for(const char* i = end; i != begin; --i)
-        if(i[-1] == '/') return {i, std::size_t(end - i)};
-    return path;
-}
-
-/* An optional "-" followed by one or more digits */
-bool isIndexKey(Containers::StringView segment) {
-    std::size_t i = 0;
-    if(i != segment.size() && segment.data()[i] == '-') ++i;
-    if(i == segment.size()) return false;
-    for(; i != segment.size(); ++i)
-        if(segment.data()[i] < '0' || segment.data()[i] > '9') return false;
-    return true;
-}
-
-/* The segment as a decimal integer, clamped to int instead of overflowing */
-int indexKeyValue(Containers::StringView segment) {
-    const long value = std::strtol(toString(segment).data(), nullptr, 10);
-    return value < INT_MIN ? INT_MIN : value > INT_MAX ? INT_MAX : int(value);
-}
-
-bool isEmptyContainer(const rapidjson::Value& value) {
-    return (value.IsObject() && value.MemberCount() == 0) ||
-           (value.IsArray() && value.Empty());
-}
-
 Containers::Pointer<rapidjson::Value> copyValue(const rapidjson::Value& value, JsonAllocator& allocator) {
     return Containers::Pointer<rapidjson::Value>{new rapidjson::Value{value, allocator}};
+}
+
+/* A value holding what @p value holds, as RapidJSON's own raw moves make
+   one; the pool allocator never frees, so destroying it frees nothing */
+static_assert(!JsonAllocator::kNeedFree, "shared values rely on a pool that never frees");
+Containers::Pointer<rapidjson::Value> share(const rapidjson::Value& value) {
+    Containers::Pointer<rapidjson::Value> out{new rapidjson::Value};
+    std::memcpy(static_cast<void*>(out.get()), static_cast<const void*>(&value), sizeof(rapidjson::Value));
+    return out;
+}
+
+/* Whether one path is the other or lies below it */
+bool areNested(const Containers::StringView a, const Containers::StringView b) {
+    const Containers::StringView& shorter = a.size() < b.size() ? a : b;
+    const Containers::StringView& longer = a.size() < b.size() ? b : a;
+    return std::memcmp(shorter.data(), longer.data(), shorter.size()) == 0 &&
+        (longer.size() == shorter.size() || longer.data()[shorter.size()] == '/');
 }
 
 }
@@ -125,6 +99,7 @@ ChangeManager::~ChangeManager() = default;
 void ChangeManager::reset(ProjectFile& project) {
     _project = &project;
     arrayResize(_changes, 0);
+    arrayResize(_applied, 0);
     _lastChange = -1;
     _handlers.clear();
 }
@@ -137,52 +112,103 @@ JsonAllocator& ChangeManager::allocator() {
 void ChangeManager::pushChange(Containers::Array<char>&& path, const rapidjson::Value* value, bool merge) {
     CORRADE_ASSERT(_project, "ChangeManager::pushChange(): no project file", );
 
-    /* Parsed before anything changes. Exchanging the array below moves no
-       characters, so the text stays where the pointer was parsed from. */
+    /* Parsed once, before anything changes; the application and the history
+       share it. Exchanging the array below moves no characters, so the text
+       stays where it was parsed from. */
     const Containers::StringView text = pathText(path);
-    const JsonPointer pointer{text};
+    JsonPointer pointer{text};
     CORRADE_ASSERT(pointer.isValid(), "ChangeManager::pushChange(): invalid JSON pointer" << text, );
 
     /* Copied first, in case the value lives in a record the push destroys */
     Containers::Pointer<rapidjson::Value> newValue;
     if(value) newValue = copyValue(*value, allocator());
 
-    bool merged = false;
-    if(merge && _lastChange > 0 && _changes[_lastChange].group == _group) {
-        for(std::int32_t i = _lastChange; i >= 1 && _changes[i].group == _group; --i) {
-            if(pathText(_changes[i].path) != text) continue;
-            if(i != _lastChange) {
-                Change other = std::move(_changes[i]);
-                _changes[i] = std::move(_changes[_lastChange]);
+    if(merge && value) {
+        const std::int32_t found = mergeTarget(text, pointer);
+        if(found != -1) {
+            if(found != _lastChange) {
+                using std::swap;
+                Change other = std::move(_changes[found]);
+                _changes[found] = std::move(_changes[_lastChange]);
                 _changes[_lastChange] = std::move(other);
+                swap(_applied[found], _applied[_lastChange]);
             }
-            merged = true;
-            break;
+            /* The matched record left a value at the path: overwriting it is
+               what applying the merged record from before it gives */
+            Change& target = lastChange();
+            target.newValue = std::move(newValue);
+            target.group = _group;
+            pointer.get(*_project->document, &_project->memberIndex())->CopyFrom(*target.newValue, allocator());
+            _project->valueChanged(pointer);
+            if(_group < 0) notify(target);
+            return;
         }
     }
 
-    if(!merged) {
-        ++_lastChange;
-        /* Geometric growth keeps a push amortised O(1); arrayResize alone
-           would reallocate to the exact size every time */
-        const std::size_t size = _lastChange + 1;
-        const std::size_t capacity = arrayCapacity(_changes);
-        if(size > capacity) arrayReserve(_changes, std::max(size, 2*capacity));
-        arrayResize(_changes, size);
-        if(_savedChange == _lastChange) _savedChange = -1;
-        using std::swap;
-        swap(path, _changes[_lastChange].path);
+    rapidjson::Document& document = *_project->document;
+    if(Implementation::padsTooMuch(document, _project->memberIndex(), pointer, value)) {
+        Utility::Error{} << "ChangeManager::pushChange(): refusing" << text << "as it would pad an array with more than" << Implementation::MaxArrayPadding << "nulls";
+        return;
     }
 
-    Change& target = lastChange();
-    if(!merged) {
-        const rapidjson::Value* const found = pointer.get(*_project->document);
-        target.oldValue = nullptr;
-        if(found) target.oldValue = copyValue(*found, allocator());
+    ++_lastChange;
+    /* Geometric growth keeps a push amortised O(1); arrayResize alone would
+       reallocate to the exact size every time */
+    const std::size_t size = _lastChange + 1;
+    const std::size_t capacity = arrayCapacity(_changes);
+    if(size > capacity) {
+        arrayReserve(_changes, std::max(size, 2*capacity));
+        arrayReserve(_applied, std::max(size, 2*capacity));
     }
+    arrayResize(_changes, size);
+    arrayResize(_applied, size);
+    if(_savedChange == _lastChange) _savedChange = -1;
+    using std::swap;
+    swap(path, _changes[_lastChange].path);
+
+    Change& target = lastChange();
     target.newValue = std::move(newValue);
     target.group = _group;
-    applyChange(target);
+    Implementation::AppliedChange& applied = _applied[_lastChange];
+    applied.reset();
+    applied.pointer = std::move(pointer);
+    /* The value the application takes out of the document becomes the old
+       value, which saves copying it */
+    target.oldValue = nullptr;
+    applyRecord(_lastChange, &target.oldValue);
+}
+
+std::int32_t ChangeManager::mergeTarget(const Containers::StringView path, const JsonPointer& pointer) const {
+    if(_lastChange <= 0 || _changes[_lastChange].group != _group) return -1;
+    std::int32_t found = _lastChange;
+    while(found >= 1 && _changes[found].group == _group && pathText(_changes[found].path) != path) --found;
+    if(found < 1 || _changes[found].group != _group) return -1;
+
+    /* Only where the merged history undoes and redoes exactly: the merge
+       overwrites a value in place, the redo tail's old values don't hold it,
+       and a record that moves past others commutes with them */
+    if(!_changes[found].newValue || !pointer.get(*_project->document, &_project->memberIndex())) return -1;
+    for(std::size_t i = _lastChange + 1; i != _changes.size(); ++i)
+        if(areNested(pathText(_changes[i].path), path)) return -1;
+    if(found != _lastChange) {
+        const Containers::StringView newest = pathText(_changes[_lastChange].path);
+        for(std::int32_t i = found; i <= _lastChange; ++i) {
+            const Change& change = _changes[i];
+            if(!change.oldValue || !change.newValue) return -1;
+            if(i == found) continue;
+            if(areNested(pathText(change.path), path)) return -1;
+            if(i != _lastChange && areNested(pathText(change.path), newest)) return -1;
+        }
+    }
+    return found;
+}
+
+void ChangeManager::applyRecord(const std::int32_t index, Containers::Pointer<rapidjson::Value>* const oldValue) {
+    const Change& change = _changes[index];
+    rapidjson::Document& document = *_project->document;
+    Implementation::applyForward(document, _project->memberIndex(), allocator(), change, _applied[index], oldValue);
+    _project->valueChanged(_applied[index].pointer);
+    if(_group < 0) notify(change);
 }
 
 void ChangeManager::pushChange(const char* path, const rapidjson::Value& value, bool merge) {
@@ -254,74 +280,12 @@ bool ChangeManager::hasUnsavedChanges() const {
 void ChangeManager::applyChange(const Change& change) {
     CORRADE_ASSERT(_project, "ChangeManager::applyChange(): no project file", );
     rapidjson::Document& document = *_project->document;
-
     const Containers::StringView text = pathText(change.path);
-    const JsonPointer pointer{text};
-    CORRADE_ASSERT(pointer.isValid(), "ChangeManager::applyChange(): invalid JSON pointer" << text, );
-    const std::string parentPath = parentPathOf(text);
-    const Containers::StringView lastSegment = lastSegmentOf(text);
-
-    if(!change.newValue) {
-        /* "-" and negative index keys name no element of an array, so a
-           plain erase would leave the undo of a creation through them
-           without effect. A removal that carries the value it takes back
-           takes the element such a creation made: the last one for "-",
-           the first one for a negative index. Without an old value there is
-           nothing to take back and nothing is erased. */
-        rapidjson::Value* const parent = JsonPointer{view(parentPath)}.get(document);
-        const bool append = lastSegment.size() == 1 && lastSegment.data()[0] == '-';
-        const bool negative = !append && isIndexKey(lastSegment) && lastSegment.data()[0] == '-';
-        if(change.oldValue && (append || negative) && parent && parent->IsArray()) {
-            if(!parent->Empty()) parent->Erase(append ? parent->End() - 1 : parent->Begin());
-        } else pointer.erase(document);
-
-        std::string path = parentPath;
-        const rapidjson::Value* value = path.empty() ? nullptr : JsonPointer{view(path)}.get(document);
-        while(!path.empty() && value && isEmptyContainer(*value)) {
-            std::string grandparentPath = parentPathOf(view(path));
-            /* A top-level member is never erased by the cleanup */
-            if(grandparentPath.empty()) break;
-            JsonPointer{view(path)}.erase(document);
-            path = std::move(grandparentPath);
-            value = JsonPointer{view(path)}.get(document);
-        }
-
-    } else if(change.oldValue) {
-        pointer.create(document, allocator()).CopyFrom(*change.newValue, allocator());
-
-    } else {
-        const bool indexKey = isIndexKey(lastSegment);
-        bool insert = false;
-        if(const rapidjson::Value* const parent = JsonPointer{view(parentPath)}.get(document)) {
-            insert = !parent->IsObject() && indexKey;
-        } else {
-            const rapidjson::Value* const value = _project->getValue(toString(text).data(), true);
-            if(value && !value->IsObject() && !value->IsArray()) {
-                JsonPointer{view(parentPath)}.create(document, allocator()).SetObject();
-            } else insert = indexKey;
-        }
-
-        bool plain = !insert;
-        if(insert) {
-            int index = indexKeyValue(lastSegment);
-            bool existed;
-            rapidjson::Value& value = JsonPointer{view(parentPath)}.create(document, allocator(), &existed);
-            if(!existed) value.SetArray();
-            CORRADE_INTERNAL_ASSERT(value.IsArray());
-            if(index >= 0 && rapidjson::SizeType(index) >= value.Size()) plain = true;
-            else {
-                /* Position 0 for a negative index keeps every exchange
-                   inside the array */
-                if(index < 0) index = 0;
-                value.PushBack(rapidjson::Value{*change.newValue, allocator()}, allocator());
-                for(rapidjson::SizeType i = value.Size() - 1; i != rapidjson::SizeType(index); --i)
-                    value[i].Swap(value[i - 1]);
-            }
-        }
-        if(plain)
-            pointer.create(document, allocator()).CopyFrom(*change.newValue, allocator());
-    }
-
+    Implementation::AppliedChange applied;
+    applied.pointer = JsonPointer{text};
+    CORRADE_ASSERT(applied.pointer.isValid(), "ChangeManager::applyChange(): invalid JSON pointer" << text, );
+    Implementation::applyForward(document, _project->memberIndex(), allocator(), change, applied, nullptr);
+    _project->valueChanged(applied.pointer);
     if(_group < 0) notify(change);
 }
 
@@ -337,7 +301,14 @@ Change ChangeManager::reverse(const Change& change) {
 
 void ChangeManager::undo(const Change& change) {
     CORRADE_ASSERT(_project, "ChangeManager::undo(): no project file", );
-    applyChange(reverse(change));
+    rapidjson::Document& document = *_project->document;
+    /* A host that changed the document behind the history's back gets the
+       inverse record applied, which is the best there is then */
+    if(_lastChange >= 0 && &change == &_changes[_lastChange] &&
+       Implementation::applyBackward(document, _project->memberIndex(), allocator(), change, _applied[_lastChange])) {
+        _project->valueChanged(_applied[_lastChange].pointer);
+        if(_group < 0) notifyInverse(change);
+    } else applyChange(reverse(change));
     --_lastChange;
 }
 
@@ -359,11 +330,11 @@ void ChangeManager::redoLastUndo() {
     if(_lastChange + 1 == int(_changes.size())) return;
 
     ++_lastChange;
-    applyChange(lastChange());
+    applyRecord(_lastChange, nullptr);
     const std::int32_t group = std::max(lastChange().group, 0);
     while(_lastChange + 1 < int(_changes.size()) && _changes[_lastChange + 1].group == group) {
         ++_lastChange;
-        applyChange(lastChange());
+        applyRecord(_lastChange, nullptr);
     }
 }
 
@@ -380,22 +351,43 @@ void ChangeManager::addChangeHandler(const char* key, FunctionChangeHandler::Fun
 void ChangeManager::notify(const Change& change) {
     if(!_handlers.count()) return;
 
-    /* The stored path with its zero byte, so that the last component ends
-       with it, as the handlers receive it */
-    const std::vector<std::string> components = Utility::String::split(std::string(change.path.data(), change.path.size()), '/');
+    /* The components of the stored path with its zero byte, split at every
+       "/" with empty ones kept, so that the last component ends with the
+       zero byte, as the handlers receive it. Each is looked up by its text
+       up to the first zero byte. */
+    const char* const data = change.path.data();
+    const std::size_t size = change.path.size();
+    if(!size) return;
 
     /* Made on the first match only, then shared by every handler */
-    Containers::Array<Containers::String> path;
-    for(const std::string& component: components) {
-        Containers::Pointer<ChangeHandler>* const handler = _handlers.findn(component.data(), std::strlen(component.data()) + 1);
-        if(!handler) continue;
-        if(path.isEmpty()) {
-            path = Containers::Array<Containers::String>{ValueInit, components.size()};
-            for(std::size_t i = 0; i != components.size(); ++i)
-                path[i] = Containers::String{components[i].data(), components[i].size()};
+    Containers::Array<Containers::String> components;
+    for(std::size_t begin = 0, end = 0; end <= size; ++end) {
+        if(end != size && data[end] != '/') continue;
+        Containers::Pointer<ChangeHandler>* const handler = _handlers.find({data + begin, strnlen(data + begin, end - begin)});
+        if(handler) {
+            if(components.isEmpty()) {
+                components = Containers::Array<Containers::String>{ValueInit, std::size_t(std::count(data, data + size, '/')) + 1};
+                std::size_t i = 0;
+                for(std::size_t from = 0, to = 0; to <= size; ++to) if(to == size || data[to] == '/') {
+                    components[i++] = Containers::String{data + from, to - from};
+                    from = to + 1;
+                }
+            }
+            (*handler)->handle(change, Containers::ArrayView<const Containers::String>{components.data(), components.size()});
         }
-        (*handler)->handle(change, Containers::ArrayView<const Containers::String>{path.data(), path.size()});
+        begin = end + 1;
     }
+}
+
+void ChangeManager::notifyInverse(const Change& change) {
+    if(!_handlers.count()) return;
+    /* The handlers get the inverse record; sharing the record's path and
+       values saves copying them, and destroying the shares frees nothing */
+    Change inverse;
+    inverse.path = Containers::Array<char>{const_cast<char*>(change.path.data()), change.path.size(), [](char*, std::size_t) {}};
+    if(change.oldValue) inverse.newValue = share(*change.oldValue);
+    if(change.newValue) inverse.oldValue = share(*change.newValue);
+    notify(inverse);
 }
 
 }

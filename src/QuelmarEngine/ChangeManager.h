@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <Corrade/Containers/Array.h>
 #include <Corrade/Containers/Pointer.h>
+#include <Corrade/Containers/StringView.h>
 #include <Corrade/Utility/Debug.h>
 #include <rapidjson/document.h>
 
@@ -15,6 +16,8 @@
 #include "QuelmarEngine/StaticMap.h"
 
 namespace QuelmarEngine {
+
+namespace Implementation { struct AppliedChange; }
 
 /**
 @brief One record of the history
@@ -55,6 +58,17 @@ Every push records the change with copies of the old and the new value and
 applies it at once. Records pushed between @ref beginGroup() and
 @ref commit() form one undo step and reach the handlers at the commit; other
 changes reach them when applied. Handlers must not push changes.
+
+Undo is exact: undoing a step gives back the document exactly as it was
+before the step, member order included, and redoing gives back exactly the
+document after it. Beside each record the manager keeps what its application
+did (where a created value landed and which containers it made, where a
+removed member or element stood and which emptied containers the cleanup
+erased), so that undoing a creation erases only what the creation made and
+undoing a removal puts everything back where it stood. This holds as long as
+only the manager changes the document (and the accessors' setters on values
+the step just made); where a host changed it otherwise, undo falls back to
+applying the inverse record.
 */
 class ChangeManager {
     public:
@@ -85,10 +99,24 @@ class ChangeManager {
          * A null @p value removes. @p path has to hold a valid JSON Pointer
          * followed by a zero byte; it is exchanged with the path the reused
          * history slot held (nothing for a new slot), or left alone when the
-         * push merges. With @p merge, a record of the open group (or of the
-         * newest ungrouped run) with the same path, other than the very first
+         * push merges. Expects a project.
+         *
+         * With @p merge, a record of the open group (or of the newest
+         * ungrouped run) with the same path, other than the very first
          * record, takes the new value, keeps its old one and becomes the
-         * newest. Expects a project.
+         * newest, exchanging places with the record that was newest. The
+         * push merges only where that keeps undo exact, and records a new
+         * change otherwise: @p value is not null, the path names a value now,
+         * which the merge overwrites in place; no record of the redo tail has
+         * a path that is the same as, above or below @p path; and when the
+         * matched record isn't the newest one, it and every record after it
+         * are replacements (old and new value), none of those after it has a
+         * path above or below @p path, and none between it and the newest
+         * one has a path above or below the newest one's.
+         *
+         * A change that would pad an array with more than a million nulls
+         * (an index far past the end) is refused with a message through
+         * @ref Utility::Error; nothing is recorded or changed.
          */
         void pushChange(Containers::Array<char>&& path, const rapidjson::Value* value, bool merge);
         void pushChange(const char* path, const rapidjson::Value& value, bool merge);
@@ -157,14 +185,20 @@ class ChangeManager {
          * an old value and whose last token is "-" (or a negative index key)
          * on an array removes the last (or the first) element, so that it
          * takes back what the creation through that path added. Does not
-         * touch the history. Expects a project.
+         * touch the history, and keeps nothing for an exact undo: undo and
+         * redo of history records don't go through here. Expects a project.
          */
         void applyChange(const Change& change);
 
         /** The inverse of @p change: same path, values exchanged, no group */
         Change reverse(const Change& change);
 
-        /** Applies @ref reverse() of @p change and steps the history back by one */
+        /**
+         * @brief Undoes @p change and steps the history back by one
+         *
+         * Exact for the newest applied record; for any other record, applies
+         * @ref reverse() of it. The handlers hear of the inverse record.
+         */
         void undo(const Change& change);
 
         /** Undoes the newest applied record or group. Expects no open group. */
@@ -186,7 +220,10 @@ class ChangeManager {
         const StaticMap<Containers::Pointer<ChangeHandler>>& handlers() const { return _handlers; }
 
     private:
+        std::int32_t mergeTarget(Containers::StringView path, const JsonPointer& pointer) const;
+        void applyRecord(std::int32_t index, Containers::Pointer<rapidjson::Value>* oldValue);
         void notify(const Change& change);
+        void notifyInverse(const Change& change);
 
         std::int32_t _lastChange;
         std::int32_t _savedChange;
@@ -196,6 +233,8 @@ class ChangeManager {
         std::int32_t _groupCounter;
         ProjectFile* _project;
         Containers::Array<Change> _changes;
+        /* What the application of each record did, for an exact undo */
+        Containers::Array<Implementation::AppliedChange> _applied;
         StaticMap<Containers::Pointer<ChangeHandler>> _handlers;
 };
 

@@ -1,9 +1,8 @@
 #ifndef QuelmarEngine_JsonPointer_h
 #define QuelmarEngine_JsonPointer_h
-/* JSON Pointer paths into the project document. Every member lookup that the
-   library and the host make goes through findMember() here, which answers
-   from a name index in objects of many members, so that a lookup in a
-   resource map of tens of thousands of records doesn't scan it. */
+/* JSON Pointer paths into the project document and the member edits they
+   make. Walks through a document's member index when given one, so that a
+   lookup in a resource map of tens of thousands of records doesn't scan it. */
 
 #include <cstdint>
 #include <string>
@@ -15,21 +14,29 @@
 
 namespace QuelmarEngine {
 
-/** The member of @p object named @p name, or @cpp nullptr @ce. Expects an object. */
+/**
+@brief The member of @p object named @p name, or @cpp nullptr @ce
+
+A scan, for records and other small objects; for the resource maps of a
+project use @ref ProjectFile::findMember(). Expects an object.
+*/
 rapidjson::Value* findMember(rapidjson::Value& object, Containers::StringView name);
 const rapidjson::Value* findMember(const rapidjson::Value& object, Containers::StringView name);
 
-/**
-@brief Lets lookups in the top-level maps of @p document use name indices
+/** Position of the member of @p object named @p name, or its member count, by a scan. Expects an object. */
+rapidjson::SizeType memberPosition(const rapidjson::Value& object, Containers::StringView name);
 
-Lookups in a map of many members then answer from an index that changes made
-through @ref JsonPointer keep valid, instead of scanning the map. Call
-@ref forgetMemberIndices() before the document is destroyed or replaced.
-*/
-void indexMembersOf(const rapidjson::Value& document);
+/** Adds a member last; @p name has to be a string. Use @ref MemberIndex for the maps of an indexed document. */
+rapidjson::Value& appendMember(rapidjson::Value& object, rapidjson::Value&& name, rapidjson::Value&& value, JsonAllocator& allocator);
 
-/** Stops indexing the maps of @p document and drops every index */
-void forgetMemberIndices(const rapidjson::Value& document);
+/** Adds a member at @p position, moving the later ones up. Expects @p position not past the end. */
+rapidjson::Value& insertMember(rapidjson::Value& object, rapidjson::SizeType position, rapidjson::Value&& name, rapidjson::Value&& value, JsonAllocator& allocator);
+
+/** Takes the member at @p position out into @p name and @p value, keeping the order of the others */
+void eraseMember(rapidjson::Value& object, rapidjson::SizeType position, rapidjson::Value& name, rapidjson::Value& value);
+
+/** Adds an element at @p position, moving the later ones up. Expects @p position not past the end. */
+rapidjson::Value& insertElement(rapidjson::Value& array, rapidjson::SizeType position, rapidjson::Value&& value, JsonAllocator& allocator);
 
 /** Appends @p name to @p path as one pointer token, escaping "~" and "/" */
 void appendPointerToken(std::string& path, Containers::StringView name);
@@ -43,6 +50,9 @@ create and erase follow the usual pointer rules: create pads arrays with nulls
 up to an index, appends for "-" on an array, turns a scalar on the way into an
 object (name token) or an array (index token) and an array met by a name token
 into an empty object.
+
+Each walk takes an optional @ref MemberIndex of the document that @p root is
+the root of; its lookups and member edits then go through it.
 */
 class JsonPointer {
     public:
@@ -54,11 +64,16 @@ class JsonPointer {
             std::uint32_t index;
         };
 
+        /** An invalid pointer, to be assigned a parsed one */
+        JsonPointer() = default;
+
         /** Parses @p path. The empty text is the root. */
         explicit JsonPointer(Containers::StringView path);
 
         JsonPointer(const JsonPointer&) = delete;
         JsonPointer& operator=(const JsonPointer&) = delete;
+        JsonPointer(JsonPointer&& other) noexcept;
+        JsonPointer& operator=(JsonPointer&& other) noexcept;
 
         /** Whether the path parsed */
         bool isValid() const { return _valid; }
@@ -70,8 +85,8 @@ class JsonPointer {
         const Token& token(std::size_t i) const { return _tokens[i]; }
 
         /** The value at the pointer, or @cpp nullptr @ce. Expects a valid pointer. */
-        rapidjson::Value* get(rapidjson::Value& root) const;
-        const rapidjson::Value* get(const rapidjson::Value& root) const;
+        rapidjson::Value* get(rapidjson::Value& root, MemberIndex* index = nullptr) const;
+        const rapidjson::Value* get(const rapidjson::Value& root, MemberIndex* index = nullptr) const;
 
         /**
          * @brief The value at the pointer, made where missing
@@ -79,7 +94,15 @@ class JsonPointer {
          * Missing values are made as JSON null. @p alreadyExists, if not null,
          * tells whether nothing had to be made. Expects a valid pointer.
          */
-        rapidjson::Value& create(rapidjson::Value& root, JsonAllocator& allocator, bool* alreadyExists = nullptr) const;
+        rapidjson::Value& create(rapidjson::Value& root, JsonAllocator& allocator, bool* alreadyExists = nullptr, MemberIndex* index = nullptr) const;
+
+        /**
+         * @brief Makes what is missing below @p value along tokens @p first to @p end
+         *
+         * As @ref create() does it for the part of the pointer below the
+         * @p value that the first @p first tokens lead to.
+         */
+        rapidjson::Value& createBelow(rapidjson::Value& value, std::size_t first, std::size_t end, JsonAllocator& allocator, MemberIndex* index = nullptr) const;
 
         /**
          * @brief Removes the value at the pointer
@@ -88,11 +111,11 @@ class JsonPointer {
          * element moves the later ones down. Returns false when the pointer
          * does not resolve or is the root. Expects a valid pointer.
          */
-        bool erase(rapidjson::Value& root) const;
+        bool erase(rapidjson::Value& root, MemberIndex* index = nullptr) const;
 
     private:
         /* The value at the first @p tokenCount tokens, or null */
-        rapidjson::Value* resolve(rapidjson::Value& root, std::size_t tokenCount) const;
+        rapidjson::Value* resolve(rapidjson::Value& root, std::size_t tokenCount, MemberIndex* index) const;
 
         std::string _names;
         std::vector<Token> _tokens;

@@ -14,6 +14,7 @@ using namespace Corrade;
 typedef rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator> JsonAllocator;
 
 class JsonPointer;
+class MemberIndex;
 
 struct Change;
 class ChangeManager;

@@ -9,6 +9,7 @@
 #include <utility>
 #include <Corrade/Containers/Array.h>
 #include <Corrade/Containers/ArrayView.h>
+#include <Corrade/Containers/StringView.h>
 #include <Corrade/Utility/Assert.h>
 
 #include "QuelmarEngine/QuelmarEngine.h"
@@ -99,6 +100,23 @@ template<class T> class StaticMap {
             return &found->value;
         }
 
+        /**
+         * @brief The value whose key equals @p key as a whole
+         *
+         * What @ref findn() finds with a zero-terminated @p key and @p n
+         * counting its zero byte, for a key that isn't zero-terminated.
+         * Expects a compiled map and no zero byte inside @p key.
+         */
+        T* find(Containers::StringView key) {
+            CORRADE_ASSERT(_compiled, "StaticMap::find(): Map needs to be compiled.", nullptr);
+            Entry* const end = _entries.begin() + _count;
+            Entry* const found = std::lower_bound(_entries.begin(), end, key, [](const Entry& entry, Containers::StringView key) {
+                return compare(entry.key, key) < 0;
+            });
+            if(found == end || compare(found->key, key) != 0) return nullptr;
+            return &found->value;
+        }
+
         /** Destroys every value and empties the map; capacity and compiled state stay */
         void clear() {
             for(std::uint64_t i = 0; i != _count; ++i) {
@@ -109,6 +127,15 @@ template<class T> class StaticMap {
         }
 
     private:
+        /* As strcmp() of @p a and @p key followed by a zero byte */
+        static int compare(const char* a, Containers::StringView key) {
+            for(std::size_t i = 0; i != key.size(); ++i) {
+                const unsigned char c = a[i], d = key.data()[i];
+                if(c != d) return c < d ? -1 : 1;
+            }
+            return a[key.size()] ? 1 : 0;
+        }
+
         bool _compiled = true;
         std::uint64_t _count = 0;
         Containers::Array<Entry> _entries;

@@ -1,7 +1,7 @@
 /* get, set and remove: any value of the document, through the history. */
 #include <iostream>
 
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "Command.h"
 #include "Program.h"
 

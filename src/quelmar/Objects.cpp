@@ -1,7 +1,7 @@
 /* How listings show objects. */
 #include "Objects.h"
 
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "Program.h"
 
 namespace quelmar {

@@ -7,7 +7,7 @@
 
 #include "QuelmarEngine/Tools/ProjectTools.h"
 #include "QuelmarEngine/Tools/Implementation/Clipboard.h"
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
 
 namespace QuelmarEngine {

@@ -8,7 +8,7 @@
 
 #include "QuelmarEngine/ChangeManager.h"
 #include "QuelmarEngine/JsonPointer.h"
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "QuelmarEngine/host/Implementation/DocumentPaths.h"
 
 namespace QuelmarEngine {

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "QuelmarEngine/JsonPointer.h"
 #include "QuelmarEngine/host/ProjectFile.h"
@@ -11,7 +12,7 @@ namespace QuelmarEngine {
 namespace {
 
 Containers::Array<char> copyPath(const Containers::StringView path) {
-    Containers::Array<char> out{path.size() + 1};
+    Containers::Array<char> out{ValueInit, path.size() + 1};
     if(path.size()) std::memcpy(out.data(), path.data(), path.size());
     return out;
 }
@@ -28,13 +29,14 @@ JsonObject::~JsonObject() = default;
 
 rapidjson::Value* JsonObject::value() const {
     const JsonPointer pointer{{_path.data(), _pathLength}};
-    return pointer.isValid() ? pointer.get(*_project->document) : nullptr;
+    return pointer.isValid() ? pointer.get(*_project->document, &_project->memberIndex()) : nullptr;
 }
 
-rapidjson::Value& JsonObject::createValue() {
+void JsonObject::setValue(rapidjson::Value&& value) {
     const JsonPointer pointer{{_path.data(), _pathLength}};
     CORRADE_INTERNAL_ASSERT(pointer.isValid());
-    return pointer.create(*_project->document, _project->allocator());
+    pointer.create(*_project->document, _project->allocator(), nullptr, &_project->memberIndex()) = std::move(value);
+    _project->valueChanged(pointer);
 }
 
 bool JsonObject::exists() const {
@@ -63,15 +65,15 @@ const rapidjson::Value& JsonObject::readValue() const {
 }
 
 void JsonObject::setString(const char* const value, bool) {
-    createValue().SetString(value, rapidjson::SizeType(std::strlen(value)), _project->allocator());
+    setValue(rapidjson::Value{value, rapidjson::SizeType(std::strlen(value)), _project->allocator()});
 }
 
 void JsonObject::setString(const Containers::String& value, bool) {
-    createValue().SetString(value.data(), rapidjson::SizeType(value.size()), _project->allocator());
+    setValue(rapidjson::Value{value.data(), rapidjson::SizeType(value.size()), _project->allocator()});
 }
 
 void JsonObject::setNull(bool) {
-    createValue().SetNull();
+    setValue(rapidjson::Value{});
 }
 
 ValueAccess::ValueAccess(const SubValueAccess& other): JsonObject{other} {}

@@ -61,7 +61,9 @@ class JsonObject {
         JsonObject(const JsonObject& other);
         JsonObject& operator=(const JsonObject&) = delete;
 
-        rapidjson::Value& createValue();
+        /* Makes the value, creating what is missing, and tells the project
+           file's indices */
+        void setValue(rapidjson::Value&& value);
 
         ProjectFile* _project;
         /* The path text followed by a NUL byte */

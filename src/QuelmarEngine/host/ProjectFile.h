@@ -1,7 +1,8 @@
 #ifndef QuelmarEngine_host_ProjectFile_h
 #define QuelmarEngine_host_ProjectFile_h
-/* The project file: the project document, loading and atomic saving, key
-   generation, and the root accessor that the tools start from. */
+/* The project file: the project document with its indices, the root
+   accessor that the tools start from, loading and atomic saving, and fresh
+   keys. */
 
 #include <functional>
 #include <Corrade/Containers/Pointer.h>
@@ -9,7 +10,10 @@
 #include <Corrade/Containers/StringView.h>
 #include <rapidjson/document.h>
 
+#include "QuelmarEngine/MemberIndex.h"
 #include "QuelmarEngine/host/JsonObject.h"
+#include "QuelmarEngine/host/KeyGenerator.h"
+#include "QuelmarEngine/host/NameIndex.h"
 
 namespace QuelmarEngine {
 
@@ -18,6 +22,19 @@ namespace QuelmarEngine {
 
 Also the @ref ValueAccess on the document's root. Not copyable or movable, as
 accessors made from it point back to it.
+
+Lookups in the top-level maps of the document (@ref findMember(),
+@ref getValue(), the accessors and the change manager) answer from a
+@ref MemberIndex owned by the project file, which the change manager and the
+accessors' setters keep in step; @ref resourceByName() answers likewise from
+a name index. A host may replace @ref document or edit it directly: the
+indices notice a replaced document, a map's member array or count that
+changed, a member that isn't where it says and a record that lost its name,
+and rebuild what they need, so they never read freed memory or answer the
+wrong record. What they can't notice is a member renamed in place, a record
+given a name, or a replacement document whose maps happen to sit where the
+old ones did with as many members: after such an edit, call
+@ref documentChanged().
 */
 class ProjectFile: public ValueAccess {
     public:
@@ -75,7 +92,13 @@ class ProjectFile: public ValueAccess {
         /** Makes @ref generateId() return what @p generator returns; an empty one restores the default */
         void setIdGenerator(std::function<Containers::String()> generator);
 
-        /** A record of the map @p type whose "name" is @p name, or @cpp nullptr @ce */
+        /**
+         * @brief A record of the map @p type whose "name" is @p name, or @cpp nullptr @ce
+         *
+         * One lookup in a name index that @ref valueChanged() keeps up to
+         * date, so that looking for a free name doesn't scan the map. Records
+         * flagged deleted count too.
+         */
         const rapidjson::Value* resourceByName(const Containers::String& type, const Containers::String& name) const;
 
         /**
@@ -90,13 +113,43 @@ class ProjectFile: public ValueAccess {
         /** The document's allocator */
         virtual JsonAllocator& allocator();
 
+        /**
+         * @brief The member of @p object named @p name, or @cpp nullptr @ce
+         *
+         * From the member index when @p object is a large top-level map of
+         * the document, else by a scan. Expects an object.
+         */
+        rapidjson::Value* findMember(const rapidjson::Value& object, Containers::StringView name) const;
+
+        /** The member index of the document held now */
+        MemberIndex& memberIndex() const;
+
+        /**
+         * @brief Tells the indices that the value at @p pointer was set, made or removed
+         *
+         * The change manager calls it for every change it applies, and the
+         * accessors' setters for every write.
+         */
+        void valueChanged(const JsonPointer& pointer);
+
+        /**
+         * @brief Tells the indices that the document was edited directly
+         *
+         * Needed after a host renamed a member of a top-level map in place,
+         * replaced the document by one whose maps may sit at the old ones'
+         * addresses, or gave a record a "name" other than through the change
+         * manager or the accessors; everything else is noticed.
+         */
+        void documentChanged();
+
         /** The document; null only when a host unset it */
         Containers::Pointer<rapidjson::Document> document;
 
     private:
+        mutable MemberIndex _memberIndex;
+        mutable NameIndex _names;
         std::function<Containers::String()> _idGenerator;
-        Containers::String _idPrefix;
-        unsigned long long _idCounter{};
+        KeyGenerator _keys;
 };
 
 }

@@ -1,4 +1,4 @@
-#include "QuelmarEngine/host/JsonPrinter.h"
+#include "QuelmarEngine/JsonWriter.h"
 
 #include <charconv>
 #include <cmath>

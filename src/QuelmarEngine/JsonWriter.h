@@ -1,8 +1,8 @@
-#ifndef QuelmarEngine_host_JsonPrinter_h
-#define QuelmarEngine_host_JsonPrinter_h
-/* Writing JSON values as text: compact for debug output and the clipboard,
-   indented for project files. Numbers are written in their shortest form that
-   reads back to the same value. */
+#ifndef QuelmarEngine_JsonWriter_h
+#define QuelmarEngine_JsonWriter_h
+/* Writing JSON values as text, the counterpart of JsonReader.h: compact for
+   debug output and the clipboard, indented for project files. Numbers are
+   written in their shortest form that reads back to the same value. */
 
 #include <string>
 #include <Corrade/Utility/Debug.h>
