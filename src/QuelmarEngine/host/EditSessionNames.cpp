@@ -69,15 +69,13 @@ EditResult EditSession::findObjects(const Containers::StringView reference) {
 }
 
 EditResult EditSession::findByName(const Containers::StringView pattern) {
-    const auto& graph = *_editor.scene->sceneGraph;
-    const std::size_t count = graph.header().objectCount;
-    EditResult found;
-    for(std::size_t p = 1; p < count; ++p) {
-        const char* const key = graph.objectKeys().get(graph.positionToIndex()[p]);
-        const std::string* const name = _names.name(key);
-        if(name && matchesGlob(pattern, {name->data(), name->size()})) found.addKey(key);
-    }
-    return found;
+    std::vector<std::pair<std::size_t, std::string>> found;
+    for(std::string& key: _names.keysMatching(pattern))
+        if(const std::size_t position = livePosition(key)) found.emplace_back(position, std::move(key));
+    std::sort(found.begin(), found.end());
+    EditResult result;
+    for(auto& object: found) result.addKey(std::move(object.second));
+    return result;
 }
 
 const std::string* EditSession::objectName(const Containers::StringView key) {

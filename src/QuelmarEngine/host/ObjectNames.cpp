@@ -7,6 +7,7 @@
 #include <rapidjson/document.h>
 
 #include "QuelmarEngine/JsonPointer.h"
+#include "QuelmarEngine/host/Glob.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
 
 namespace QuelmarEngine {
@@ -50,10 +51,19 @@ void ObjectNames::noteChange(const Containers::ArrayView<const Containers::Strin
 void ObjectNames::forget(const std::string& key) {
     const auto found = _nameOfKey.find(key);
     if(found == _nameOfKey.end()) return;
-    std::vector<std::string>& keys = _keysOfName[found->second];
+    const auto index = _indexOfName.find(found->second);
+    std::vector<std::string>& keys = _named[index->second].keys;
     std::swap(*std::find(keys.begin(), keys.end(), key), keys.back());
     keys.pop_back();
-    if(keys.empty()) _keysOfName.erase(found->second);
+    /* The last name takes the place of one that no record has any more */
+    if(keys.empty()) {
+        if(index->second + 1 != _named.size()) {
+            _named[index->second] = std::move(_named.back());
+            _indexOfName.at(_named[index->second].name) = index->second;
+        }
+        _named.pop_back();
+        _indexOfName.erase(index);
+    }
     _nameOfKey.erase(found);
 }
 
@@ -61,7 +71,9 @@ void ObjectNames::enter(const std::string& key, const rapidjson::Value* const re
     const rapidjson::Value* const name = nameOf(record);
     if(!name) return;
     std::string text{name->GetString(), name->GetStringLength()};
-    _keysOfName[text].push_back(key);
+    const auto index = _indexOfName.emplace(text, _named.size());
+    if(index.second) _named.push_back({text, {}});
+    _named[index.first->second].keys.push_back(key);
     _nameOfKey.emplace(key, std::move(text));
 }
 
@@ -72,7 +84,8 @@ void ObjectNames::update() {
 
     if(_allStale) {
         _nameOfKey.clear();
-        _keysOfName.clear();
+        _named.clear();
+        _indexOfName.clear();
         _staleKeys.clear();
         _allStale = false;
         if(objects) for(auto record = objects->MemberBegin(); record != objects->MemberEnd(); ++record)
@@ -95,8 +108,18 @@ const std::string* ObjectNames::name(const Containers::StringView key) {
 const std::vector<std::string>& ObjectNames::keys(const Containers::StringView name) {
     static const std::vector<std::string> none;
     update();
-    const auto found = _keysOfName.find(std::string{name.data(), name.size()});
-    return found == _keysOfName.end() ? none : found->second;
+    const auto found = _indexOfName.find(std::string{name.data(), name.size()});
+    return found == _indexOfName.end() ? none : _named[found->second].keys;
+}
+
+std::vector<std::string> ObjectNames::keysMatching(const Containers::StringView pattern) {
+    update();
+    /* Each name once, however many records have it */
+    std::vector<std::string> out;
+    for(const Named& named: _named)
+        if(matchesGlob(pattern, {named.name.data(), named.name.size()}))
+            out.insert(out.end(), named.keys.begin(), named.keys.end());
+    return out;
 }
 
 }

@@ -38,15 +38,26 @@ class ObjectNames {
         /** Keys of the records called @p name, in no particular order */
         const std::vector<std::string>& keys(Containers::StringView name);
 
+        /** Keys of the records whose names match the glob @p pattern, in no particular order */
+        std::vector<std::string> keysMatching(Containers::StringView pattern);
+
     private:
         void noteChange(Containers::ArrayView<const Containers::String> path);
         void update();
         void forget(const std::string& key);
         void enter(const std::string& key, const rapidjson::Value* record);
 
+        /* One entry a name, kept in an array so that a pattern walks
+           through them in order instead of hopping between hash nodes */
+        struct Named {
+            std::string name;
+            std::vector<std::string> keys;
+        };
+
         QuelmarEditor* _editor{};
         std::unordered_map<std::string, std::string> _nameOfKey;
-        std::unordered_map<std::string, std::vector<std::string>> _keysOfName;
+        std::vector<Named> _named;
+        std::unordered_map<std::string, std::size_t> _indexOfName;
         std::unordered_set<std::string> _staleKeys;
         /* The whole map was replaced, or no project read yet */
         bool _allStale{true};
