@@ -173,7 +173,7 @@ class EditSession {
         /** Keys of the live objects whose names match the glob @p pattern, in tree order; finding none is a success */
         EditResult findByName(Containers::StringView pattern);
 
-        /** The name of object @p key, or null when it has none that is a string */
+        /** The name of object @p key, or null when it has none that is a string; valid until the next change */
         const std::string* objectName(Containers::StringView key);
 
         /**
