@@ -15,10 +15,11 @@ using testing::Eq;
 
 namespace {
 
-/* a ─ b ─ c, z with a zero scale, d flagged deleted; b is the joint of s */
+/* a ─ b ─ c, z with a zero scale and c's name, d flagged deleted; b is the
+   joint of s */
 const char* const Scene = R"({"objects":{"a":{"name":"A"},)"
     R"("b":{"name":"B","parent":"a","transformation":[1,0,0,0,0,1,0,0,0,0,1,0,0,0,0,1],"skin":"s"},"c":{"name":"C","parent":"b"},)"
-    R"("z":{"name":"Z","transformation":[0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,1]},"d":{"name":"D","deleted":true}},)"
+    R"("z":{"name":"C","transformation":[0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,1]},"d":{"name":"D","deleted":true}},)"
     R"("skins":{"s":{"joints":["b"]}},"materials":{"m":{"color":1}}})";
 
 Containers::StringView view(const std::string& text) {
@@ -28,6 +29,12 @@ Containers::StringView view(const std::string& text) {
 std::string join(const StringArrayView& keys) {
     std::string out;
     for(std::size_t i = 0; i != keys.size(); ++i) out += (i ? " " : "") + std::string{keys.get(i)};
+    return out;
+}
+
+std::string join(const std::vector<std::string>& keys) {
+    std::string out;
+    for(const std::string& key: keys) out += (out.empty() ? "" : " ") + key;
     return out;
 }
 
@@ -73,6 +80,11 @@ TEST_F(EditSessionTest, RefusedActionsChangeNothing) {
         {"unknown parent", [](EditSession& s) { return s.addObject("N", "nobody"); }, "there is no object nobody"},
         {"deleted parent", [](EditSession& s) { return s.addObject("N", "d"); }, "object d is not in the scene: it or an ancestor is deleted"},
         {"select an unknown object", [](EditSession& s) { const Containers::StringView keys[]{"a", "nobody"}; return s.select(keys); }, "there is no object nobody"},
+        {"select a name of two objects", [](EditSession& s) { const Containers::StringView keys[]{"C"}; return s.select(keys); },
+            "the name C is shared by 2 objects: c at /A/B/C, z at /C; use a key to name one"},
+        {"rename to nothing", [](EditSession& s) { return s.renameObject("A", ""); }, "an object's name can't be empty"},
+        {"a bare word for a value", [](EditSession& s) { return s.set("/objects/a/name", "Knight"); },
+            "invalid JSON at line 1, column 1: Invalid value. (a string needs double quotes: \"Knight\")"},
         {"move under a selected object", [](EditSession& s) { return s.reparentSelection("c", ReparentMode::KeepLocal); }, "can't move the selected objects under c, which is selected or lies below a selected object"},
         {"keep world placement under a zero scale", [](EditSession& s) { return s.reparentSelection("z", ReparentMode::KeepWorld); }, "can't keep world placements under z: its world transformation has a zero scale"},
         {"paste NUL", [](EditSession& s) { return s.paste({"{}\0", 3}, PastePlacement::Beside); }, "the clipboard text holds a NUL byte"},
@@ -108,10 +120,10 @@ TEST_F(EditSessionTest, RefusedActionsChangeNothing) {
         {"duplicate a missing record", [](EditSession& s) { return s.duplicateResource("materials", "nothing"); }, "materials has no record nothing"},
         {"delete from a missing map", [](EditSession& s) { return s.deleteResource("textures", "t"); }, "the project has no textures"},
         {"undo too many", [](EditSession& s) { return s.undo(2); }, "there is only 1 step to undo"},
-        {"save to a missing folder", [](EditSession& s) { return s.saveAs("/nonexistent/x.json"); }, "Can't save /nonexistent/x.json: No such file or directory"},
-        {"open a device", [](EditSession& s) { return s.open("/dev/zero"); }, "Can't load /dev/zero: it is a device, not a regular file"},
-        {"open in a missing folder", [](EditSession& s) { return s.open("/nonexistent/x.json"); }, "Can't load /nonexistent/x.json: No such file or directory"},
-        {"open text that is no project", [](EditSession& s) { return s.openText("[]"); }, "Can't load the project: the root is not a JSON object"},
+        {"save to a missing folder", [](EditSession& s) { return s.saveAs("/nonexistent/x.json"); }, "can't save /nonexistent/x.json: No such file or directory"},
+        {"open a device", [](EditSession& s) { return s.open("/dev/zero"); }, "can't load /dev/zero: it is a device, not a regular file"},
+        {"open in a missing folder", [](EditSession& s) { return s.open("/nonexistent/x.json"); }, "can't load /nonexistent/x.json: No such file or directory"},
+        {"open text that is no project", [](EditSession& s) { return s.openText("[]"); }, "can't load the project: the root is not a JSON object"},
     };
     for(const auto& row: rows) {
         SCOPED_TRACE(row.name);
@@ -142,25 +154,28 @@ TEST_F(EditSessionTest, ObjectLimit) {
     EXPECT_EQ(session.undoCount(), 1u);
 }
 
-TEST_F(EditSessionTest, EachActionIsOneUndoStep) {
-    const struct { const char* name; std::function<EditResult(EditSession&)> action; } rows[]{
-        {"add under a parent", [](EditSession& s) { return s.addObject("N", "b"); }},
-        {"delete an object", [](EditSession& s) { return s.deleteObject("b"); }},
-        {"delete the selection", [](EditSession& s) { return s.deleteSelection(); }},
-        {"reparent keeping local placements", [](EditSession& s) { return s.reparentSelection("", ReparentMode::KeepLocal); }},
-        {"reparent keeping world placements", [](EditSession& s) { return s.reparentSelection("", ReparentMode::KeepWorld); }},
-        {"paste under", [](EditSession& s) { return s.paste(view(s.copy(SelectionExtent::Trees).text()), PastePlacement::Under); }},
-        {"duplicate trees", [](EditSession& s) { return s.duplicate(SelectionExtent::Trees); }},
-        {"duplicate a resource", [](EditSession& s) { return s.duplicateResource("skins", "s"); }},
-        {"delete a resource", [](EditSession& s) { return s.deleteResource("objects", "a"); }},
-        {"remove", [](EditSession& s) { return s.remove("/objects/b/transformation"); }},
+TEST_F(EditSessionTest, EachActionIsOneLabelledUndoStep) {
+    const struct { const char* name; std::function<EditResult(EditSession&)> action; const char* label; } rows[]{
+        {"add under a parent", [](EditSession& s) { return s.addObject("N", "B"); }, "add N b"},
+        {"delete an object", [](EditSession& s) { return s.deleteObject("b"); }, "delete b"},
+        {"delete the selection", [](EditSession& s) { return s.deleteSelection(); }, "delete"},
+        {"reparent keeping local placements", [](EditSession& s) { return s.reparentSelection("", ReparentMode::KeepLocal); }, "reparent root"},
+        {"reparent keeping world placements", [](EditSession& s) { return s.reparentSelection("", ReparentMode::KeepWorld); }, "reparent root --keep-transform"},
+        {"paste under", [](EditSession& s) { return s.paste(view(s.copy(SelectionExtent::Trees).text()), PastePlacement::Under); }, "paste --child"},
+        {"duplicate trees", [](EditSession& s) { return s.duplicate(SelectionExtent::Trees); }, "duplicate --trees"},
+        {"duplicate a resource", [](EditSession& s) { return s.duplicateResource("skins", "s"); }, "duplicate-resource skins s"},
+        {"delete a resource", [](EditSession& s) { return s.deleteResource("objects", "a"); }, "delete-resource objects a"},
+        {"remove", [](EditSession& s) { return s.remove("/objects/b/transformation"); }, "remove /objects/b/transformation"},
+        {"rename to a taken name", [](EditSession& s) { return s.renameObject("b", "A"); }, "rename b A.000"},
+        {"set a long value", [](EditSession& s) { return s.set("/objects/b/name", R"("Big crate, far too long to be shown whole in a label")"); },
+            R"(set /objects/b/name "Big crate, far too long to be shown who...)"},
         /* Ungrouped pushes, a command that opens its own group, and a nested action */
         {"a host's step", [](EditSession& s) { return s.step("mixed", [&s] {
             s.editor().changeManager->pushChange("/materials/m/a", "x", false);
             deleteSelectedObjects(s.editor());
             s.editor().changeManager->pushChange("/materials/m/b", "y", false);
             return s.addObject("N", "");
-        }); }},
+        }); }, "mixed"},
     };
     for(const auto& row: rows) {
         SCOPED_TRACE(row.name);
@@ -171,6 +186,7 @@ TEST_F(EditSessionTest, EachActionIsOneUndoStep) {
         const rapidjson::Document before = document();
         ASSERT_TRUE(row.action(session));
         EXPECT_EQ(session.undoCount(), 2u);
+        EXPECT_EQ(session.history().steps()[1].label, row.label);
         const rapidjson::Document after = document();
         EXPECT_FALSE(after == before);
         ASSERT_TRUE(session.undo());
@@ -178,6 +194,46 @@ TEST_F(EditSessionTest, EachActionIsOneUndoStep) {
         ASSERT_TRUE(session.redo());
         EXPECT_TRUE(document() == after);
     }
+}
+
+/* Names follow every change: one record, a paste's group, undo and redo, a
+   whole map */
+TEST_F(EditSessionTest, ObjectsByKeyNameAndPattern) {
+    open();
+    /* An object called like another's key, which wins */
+    ASSERT_TRUE(session.addObject("a", ""));
+    ASSERT_EQ(session.renameObject("b", "A").text(), "A.000");
+    ASSERT_TRUE(select({"a"}));
+    ASSERT_TRUE(session.duplicate(SelectionExtent::Objects));
+    const auto found = [this](const char* reference) {
+        const EditResult result = session.findObjects(reference);
+        return result ? join(result.keys()) : result.message();
+    };
+    const struct { const char* reference; const char* found; } rows[]{
+        {"a", "a"},
+        {"A.000", "b"},
+        {"B", "there is no object B"},
+        {"A", "the name A is shared by 2 objects: a at /A, n2 at /A; use a key to name one"},
+        {"D", "there is no object D"},
+        {"d", "object d is not in the scene: it or an ancestor is deleted"},
+        {"[AC]", "a c z n2"},
+        {"?.*", "b"},
+        {"Q*", "no object's name matches Q*"},
+    };
+    for(const auto& row: rows) {
+        SCOPED_TRACE(row.reference);
+        EXPECT_EQ(found(row.reference), row.found);
+    }
+    EXPECT_EQ(join(session.findByName("Q*").keys()), "");
+
+    ASSERT_TRUE(session.undo(2));
+    EXPECT_EQ(found("A"), "a");
+    EXPECT_EQ(found("B"), "b");
+    ASSERT_TRUE(session.redo());
+    EXPECT_EQ(found("A.000"), "b");
+    ASSERT_TRUE(session.set("/objects", R"({"x":{"name":"B"}})"));
+    EXPECT_EQ(found("B"), "x");
+    EXPECT_EQ(found("A.000"), "there is no object A.000");
 }
 
 TEST_F(EditSessionTest, FailedStepTakesBackWhatItPushed) {

@@ -1,6 +1,7 @@
 /* End-to-end tests of the quelmar program: the built binary run on
    temporary copies of the examples folder. */
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -11,7 +12,11 @@
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <functional>
 #include <gtest/gtest.h>
+
+#include "QuelmarEngine/JsonReader.h"
+#include "QuelmarEngine/JsonWriter.h"
 
 namespace {
 
@@ -137,7 +142,7 @@ TEST_F(QuelmarProgramTest, ExitStatusesAndEndsOfRuns) {
         {"-c tree -s demo.quelmar", "", 2, "", "error: give either -c or -s, once; see quelmar --help\n"},
         /* A file that isn't there yet is a new project, written at the first save */
         {"missing.json -c 'tree; status'", "", 0, "(root)\nfile: missing.json\n", ""},
-        {"broken.json -c tree", "", 1, "", "error: Can't load broken.json: invalid JSON at line 1, column 14: Invalid value.\n"},
+        {"broken.json -c tree", "", 1, "", "error: can't load broken.json: invalid JSON at line 1, column 14: Invalid value.\n"},
         {"-s missing.quelmar", "", 1, "", "error: can't read missing.quelmar: No such file or directory\n"},
         {"-s /dev/zero", "", 1, "", "error: can't read /dev/zero: it is a device, not a regular file\n"},
         /* A byte order mark before a project or a script says nothing */
@@ -149,9 +154,7 @@ TEST_F(QuelmarProgramTest, ExitStatusesAndEndsOfRuns) {
         {"scene.json", "select hero\nselection\nselect nobody\nadd A\n", 1, "hero \"Hero\"\n", "error: there is no object nobody\n"},
         /* Semicolons inside quotes belong to the argument */
         {"scene.json -c 'set /objects/hero/name \"A;B\"; get /objects/hero/name; quit!'", "", 0, "\"A;B\"\n", ""},
-        {"scene.json -c 'add Crate; quit'", "", 1, "K0001\n",
-            "error: there are unsaved changes to /objects/K0001, /objects/K0001/name; save them, or use quit! to discard them\n"},
-        {"scene.json", "add Crate\n", 1, "K0001\n", "error: there are unsaved changes to /objects/K0001, /objects/K0001/name; they are lost\n"},
+        {"scene.json", "add Crate\n", 1, "K0001\n", "error: there are unsaved changes (1 step: add Crate); they are lost\n"},
         /* Saved, undone and replaced by another change: the opened state is not the saved one */
         {"scene.json -c 'add A; save other.json; undo; add B; undo; quit'", "", 1, "K0001\nsaved other.json\n",
             "error: there are unsaved changes; save them, or use quit! to discard them\n"},
@@ -186,28 +189,38 @@ TEST_F(QuelmarProgramTest, Commands) {
         /* Plain reparenting keeps local transformations, one step for all */
         {"select head sword; reparent camera; get /objects/head/parent; get /objects/sword/transformation; undo; get /objects/head/parent",
             "Reparenting object head to camera\nReparenting object sword to camera\n\"camera\"\n"
-            "[1, 0, 0, 0, 0, 0, 1, 0, 0, -1, 0, 0, 0.3, 0, 0.1, 1]\nundid 1 step (2 changes)\n\"spine\"\n"},
+            "[1, 0, 0, 0, 0, 0, 1, 0, 0, -1, 0, 0, 0.3, 0, 0.1, 1]\nundid 1 step (2 changes): reparent camera\n\"spine\"\n"},
         {"duplicate-resource materials stone; delete-resource materials steel; get /materials; undo 2; get /materials/steel/metallic",
             "K0001\n{\n"
             "  \"stone\": {\n    \"name\": \"Stone\",\n    \"color\": [0.5, 0.5, 0.45, 1]\n  },\n"
             "  \"cloth\": {\n    \"name\": \"Cloth\",\n    \"color\": [0.7, 0.2, 0.2, 1]\n  },\n"
             "  \"K0001\": {\n    \"name\": \"Stone\",\n    \"color\": [0.5, 0.5, 0.45, 1]\n  }\n}\n"
-            "undid 2 steps (2 changes)\n1\n"},
+            "undid 2 steps (2 changes): delete-resource materials steel, duplicate-resource materials stone\n1\n"},
         /* A paste, of five objects, their skin and its two references, is one step */
         {"select hero; copy --trees hero.clip; select camera; paste --child; select head sword; duplicate; "
          "select floor; paste hero.clip; undo",
             "copied 5 objects and 1 skin\npasted 5 objects: K0001 K0002 K0003 K0004 K0005\n"
-            "duplicated 2 objects: K0007 K0008\npasted 5 objects: K0009 K000a K000b K000c K000d\nundid 1 step (8 changes)\n"},
-        {"set /objects/hero/name \"Knight\"; save knight.json; add Crate; remove /objects/camera; undo; history; "
+            "duplicated 2 objects: K0007 K0008\npasted 5 objects: K0009 K000a K000b K000c K000d\nundid 1 step (8 changes): paste\n"},
+        {"set /objects/hero/name \"Knight\"; save knight.json; add Crate; remove /objects/camera; undo; history --changes; "
          "redo; undo 2; redo 2",
-            "saved knight.json\nK0001\nundid 1 step (1 change)\n4 changes in 3 steps: 2 to undo, 1 to redo\n"
+            "saved knight.json\nK0001\nundid 1 step (1 change): remove /objects/camera\n4 changes in 3 steps: 2 to undo, 1 to redo\n"
             "   1 [1] Change /objects/hero/name: \"Hero\" -> \"Knight\"\n"
             "      --- saved ---\n"
             "   2 [2] Create /objects/K0001: () -> {}\n"
             "   3 [2] Create /objects/K0001/name: () -> \"Crate\"\n"
             "      --- now ---\n"
             "   4 [3] Remove /objects/camera: {\"name\":\"Camera\",\"transformation\":[1,0,0,0,0,0.9701425,0.2425356,0,0,-0.2425356,0.9701425,0,0,2,8,1],\"components\":[{\"type\":\"camera\",\"camera\":{\"fov\":60}}]} -> () (undone)\n"
-            "redid 1 step (1 change)\nundid 2 steps (3 changes)\nredid 2 steps (3 changes)\n"},
+            "redid 1 step (1 change): remove /objects/camera\nundid 2 steps (3 changes): remove /objects/camera, add Crate\n"
+            "redid 2 steps (3 changes): add Crate, remove /objects/camera\n"},
+        /* Names where keys go, $_, patterns, rename and the steps by name */
+        {"add Crate Hero; add Crate $_; add Lid Crate.000; find Crate*; select Crate* Lid; select -$_ +Sw?rd +F*; selection; "
+         "rename Crate.000 Lamp; tree hero --depth 2; history",
+            "K0001\nK0002\nK0003\nK0001 \"Crate\" /Stage/Hero/Crate\nK0002 \"Crate.000\" /Stage/Hero/Crate/Crate.000\n"
+            "floor \"Floor\"\nsword \"Sword\"\nK0001 \"Crate\"\nK0002 \"Crate.000\"\n"
+            "renamed K0002 to \"Lamp.000\"\n"
+            "hero \"Hero\"\n├── hips \"Hips\"\n│   ├── spine \"Spine\" (1 more below)\n│   └── sword \"Sword\" *\n└── K0001 \"Crate\" *\n    └── K0002 \"Lamp.000\" * (1 more below)\n"
+            "10 changes in 4 steps: 4 to undo, 0 to redo\n      --- saved ---\n   1 add Crate hero (3 changes)\n   2 add Crate K0001 (3 changes)\n"
+            "   3 add Lid K0002 (3 changes)\n   4 rename K0002 Lamp.000 (1 change)\n      --- now ---\n"},
     };
     for(const auto& session: sessions) {
         SCOPED_TRACE(session.commands);
@@ -221,6 +234,119 @@ TEST_F(QuelmarProgramTest, Commands) {
     EXPECT_EQ(readText(path("hero.clip")).find("{\"objects\":{\n\"hero\": {"), 0u);
 }
 
+/* $_ lets one process build a hierarchy, each object under the one before */
+TEST_F(QuelmarProgramTest, ScriptBuildsAHierarchyInOneProcess) {
+    std::string script = "add Level0\n";
+    for(int i = 1; i != 1000; ++i) script += "add Level" + std::to_string(i) + " $_\n";
+    writeText(path("chain.quelmar"), script + "find Level999 --json\nquit!\n");
+
+    const auto start = std::chrono::steady_clock::now();
+    const Outcome result = run("-s chain.quelmar");
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+    std::cout << "[ TIMING   ] 1,000 nested adds in one process: " << took.count() << " s" << std::endl;
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "");
+    /* Far more than it takes even under the sanitizers, so only a hang fails */
+    EXPECT_LT(took.count(), 60.0);
+
+    rapidjson::Document found;
+    QuelmarEngine::JsonParseError error;
+    const std::string last = result.out.substr(result.out.rfind('\n', result.out.size() - 2) + 1);
+    ASSERT_TRUE(QuelmarEngine::parseJson(found, {last.data(), last.size()}, error)) << last;
+    const rapidjson::Value& path = found["objects"][0]["path"];
+    ASSERT_EQ(path.Size(), 1000u);
+    EXPECT_EQ(std::string{path[0].GetString()}, "Level0");
+}
+
+/* Every --json output is one JSON document on one line, and holds what the
+   output for a person shows: the pieces that each row makes of the
+   document appear in that output, in order */
+TEST_F(QuelmarProgramTest, JsonOutputsHoldWhatPeopleSee) {
+    typedef std::vector<std::string> Pieces;
+    const auto count = [](const rapidjson::Value& n, const char* what) {
+        return std::to_string(n.GetUint64()) + " " + what + (n.GetUint64() == 1 ? "" : "s");
+    };
+    const auto text = [](const rapidjson::Value& string) { return std::string{string.GetString(), string.GetStringLength()}; };
+    const auto name = [&](const rapidjson::Value& name) { return name.IsNull() ? "(no name)" : QuelmarEngine::writeJson(name); };
+    const auto keys = [&](const rapidjson::Value& json) {
+        Pieces pieces;
+        for(const auto& key: json["keys"].GetArray()) if(pieces.size() < 8) pieces.push_back(" " + text(key));
+        return pieces;
+    };
+    const auto steps = [&](const rapidjson::Value& json) {
+        Pieces pieces{"(" + count(json["changes"], "change") + "): "};
+        for(const auto& step: json["steps"].GetArray()) pieces.push_back(text(step["label"]));
+        return pieces;
+    };
+    const auto objects = [&](const rapidjson::Value& json) {
+        Pieces pieces;
+        for(const auto& object: json[json.HasMember("objects") ? "objects" : "selected"].GetArray()) {
+            std::string piece = text(object["key"]) + " " + name(object["name"]);
+            if(object.HasMember("path")) piece += " ";
+            if(object.HasMember("path")) for(const auto& step: object["path"].GetArray()) piece += "/" + text(step);
+            if(object.HasMember("selected") && object["selected"].GetBool()) piece += " *";
+            if(object.HasMember("hidden") && object["hidden"].GetUint64()) piece += " (" + std::to_string(object["hidden"].GetUint64()) + " more below)";
+            pieces.push_back(piece + "\n");
+        }
+        return pieces;
+    };
+    const auto history = [&](const rapidjson::Value& json) {
+        Pieces pieces;
+        for(const auto& step: json["steps"].GetArray())
+            pieces.push_back(" " + std::to_string(step["number"].GetUint64()) + " " + text(step["label"]) + " (" + count(step["changes"], "change") + ")" +
+                (step["undone"].GetBool() ? " (undone)\n" : "\n"));
+        return pieces;
+    };
+    const struct { const char* command; std::function<Pieces(const rapidjson::Value&)> pieces; } rows[]{
+        {"tree", objects},
+        {"tree Stage --depth 1", objects},
+        {"selection", objects},
+        {"find *r*", objects},
+        {"status", [&](const rapidjson::Value& json) {
+            return Pieces{"file: " + text(json["file"]), "objects: " + std::to_string(json["objects"].GetUint64()) + " in the scene, " +
+                std::to_string(json["deleted"].GetUint64()) + " deleted", "selected: " + std::to_string(json["selected"].GetUint64()),
+                "history: " + std::to_string(json["undo"].GetUint64()), std::to_string(json["redo"].GetUint64()) + " to redo (" +
+                std::to_string(json["appliedChanges"].GetUint64()) + " of " + std::to_string(json["changes"].GetUint64()),
+                json["saved"].GetBool() ? "saved" : "unsaved changes"};
+        }},
+        {"history", history},
+        {"history --changes", [&](const rapidjson::Value& json) {
+            Pieces pieces;
+            for(const auto& change: json["changes"].GetArray())
+                pieces.push_back(" [" + std::to_string(change["step"].GetUint64()) + "] " + text(change["text"]) + (change["undone"].GetBool() ? " (undone)\n" : "\n"));
+            return pieces;
+        }},
+        {"add Lid Crate", [&](const rapidjson::Value& json) { return Pieces{text(json["key"]) + "\n"}; }},
+        {"paste", keys},
+        {"duplicate --trees", keys},
+        {"undo 2", steps},
+        {"redo", steps},
+    };
+    const std::string setup = "select hero; duplicate --trees; select sword; copy; add Crate stage; delete lamp; "
+        "set /materials/x 1; undo; select hero Crate; ";
+    for(const auto& row: rows) {
+        SCOPED_TRACE(row.command);
+        const Outcome person = run("scene.json -c '" + setup + row.command + "; quit!'");
+        const Outcome program = run("scene.json -c '" + setup + row.command + " --json; quit!'");
+        ASSERT_EQ(program.status, 0) << program.err;
+        /* Both ran the same setup, which printed the same, bar the keys */
+        const std::string before = withStableKeys(program.out.substr(0, program.out.rfind('\n', program.out.size() - 2) + 1));
+        const std::string shown = withStableKeys(person.out).substr(before.size());
+        const std::string json = withStableKeys(program.out).substr(before.size());
+        ASSERT_EQ(json.find('\n'), json.size() - 1);
+
+        rapidjson::Document document;
+        QuelmarEngine::JsonParseError error;
+        ASSERT_TRUE(QuelmarEngine::parseJson(document, {json.data(), json.size()}, error)) << json;
+        std::size_t at = 0;
+        for(const std::string& piece: row.pieces(document)) {
+            at = shown.find(piece, at);
+            ASSERT_NE(at, std::string::npos) << "no " << piece << " in order in\n" << shown << json;
+            at += piece.size();
+        }
+    }
+}
+
 /* A refused command prints one error line and changes nothing, not even the
    selection: at a terminal the commands go on, and end as before the first.
    What the session refuses, and why, its own tests go through. */
@@ -228,12 +354,13 @@ TEST_F(QuelmarProgramTest, RefusalsChangeNothing) {
     writeText(path("deep.clip"), std::string(300, '[') + std::string(300, ']'));
     const struct { const char* command; const char* error; } refusals[]{
         {"frobnicate", "unknown command frobnicate; \"help\" lists the commands"},
-        {"tree --all", "tree has no option --all; usage: tree"},
-        {"add", "missing argument; usage: add NAME [PARENT]"},
-        {"add A B C", "too many arguments; usage: add NAME [PARENT]"},
+        {"tree --all", "tree has no option --all; usage: tree [OBJECT] [--depth N] [--json]"},
+        {"tree --depth=x", "--depth has to be a number, not x"},
+        {"add", "missing argument; usage: add NAME [PARENT] [--json]"},
+        {"add A B C", "too many arguments; usage: add NAME [PARENT] [--json]"},
+        {"add A $_", "$_ names no object yet: no command has added one"},
         {"add \"unclosed", "unterminated double quote at column 5"},
         {"delete", "nothing is selected"},
-        {"set /objects/hero/name Knight", "invalid JSON at line 1, column 1: Invalid value."},
         {"paste", "the clipboard is empty; copy something first"},
         {"paste missing.clip", "can't read missing.clip: No such file or directory"},
         {"paste deep.clip", "deep.clip is not valid JSON at line 1, column 257: nested deeper than 256 levels"},
@@ -255,8 +382,8 @@ TEST_F(QuelmarProgramTest, RefusalsChangeNothing) {
     const Outcome session = runInTerminal(input);
     EXPECT_EQ(session.status, 0);
     ASSERT_EQ(session.err.substr(0, expectedErrors.size()), expectedErrors);
-    EXPECT_EQ(session.err.substr(expectedErrors.size()), "error: there are unsaved changes to /objects/spine/deleted, "
-        "/objects/camera/name; save them, or use quit! to discard them\n");
+    EXPECT_EQ(session.err.substr(expectedErrors.size()), "error: there are unsaved changes (2 steps: delete spine, "
+        "set /objects/camera/name \"Eye\"); save them, or use quit! to discard them\n");
     /* One prompt per line read, and one before the end of input */
     std::size_t prompts = 0;
     for(std::size_t at = session.out.find("quelmar> "); at != std::string::npos; at = session.out.find("quelmar> ", at + 1)) ++prompts;
@@ -307,7 +434,7 @@ TEST_F(QuelmarProgramTest, InterruptedSaveKeepsTheOldFile) {
 
     const Outcome failed = run("scene.json " + commands, {}, "trap '' XFSZ; ulimit -f 16;");
     EXPECT_EQ(failed.status, 1);
-    EXPECT_EQ(failed.err, "error: Can't save scene.json: File too large\n");
+    EXPECT_EQ(failed.err, "error: can't save scene.json: File too large\n");
     EXPECT_EQ(readText(path("scene.json")), original);
     EXPECT_NE(std::system(("ls " + shellQuoted(dir) + "/scene.json.?????? >/dev/null 2>&1").data()), 0);
 }

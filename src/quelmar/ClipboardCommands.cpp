@@ -3,6 +3,7 @@
 
 #include "Command.h"
 #include "Files.h"
+#include "JsonOutput.h"
 #include "Program.h"
 
 namespace quelmar {
@@ -13,9 +14,15 @@ std::string countText(const std::size_t count, const char* const what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-/* The keys of what a paste or duplicate added */
-void printAdded(const EditResult& result, const char* const verb) {
+/* The keys of what a paste or duplicate added, the first of which $_ names from now on */
+void printAdded(Program& program, const Arguments& arguments, const EditResult& result, const char* const verb) {
     const std::vector<std::string>& keys = result.keys();
+    if(!keys.empty()) program.lastAdded = keys[0];
+    if(arguments.has("--json")) {
+        JsonOutput output;
+        output.set("keys", output.strings(keys)).print();
+        return;
+    }
     constexpr std::size_t Listed = 8;
     std::cout << verb << ' ' << countText(keys.size(), "object");
     for(std::size_t i = 0; i != keys.size() && i != Listed; ++i)
@@ -56,14 +63,14 @@ bool runPaste(Program& program, const Arguments& arguments) {
     const EditResult result = program.session.paste(view(text),
         arguments.has("--child") ? QuelmarEngine::PastePlacement::Under : QuelmarEngine::PastePlacement::Beside, view(source));
     if(!program.report(result)) return false;
-    printAdded(result, "pasted");
+    printAdded(program, arguments, result, "pasted");
     return true;
 }
 
 bool runDuplicate(Program& program, const Arguments& arguments) {
     const EditResult result = program.session.duplicate(arguments.has("--trees") ? QuelmarEngine::SelectionExtent::Trees : QuelmarEngine::SelectionExtent::Objects);
     if(!program.report(result)) return false;
-    printAdded(result, "duplicated");
+    printAdded(program, arguments, result, "duplicated");
     return true;
 }
 

@@ -17,12 +17,29 @@ bool Arguments::has(const char* const flag) const {
     return std::find(flags.begin(), flags.end(), flag) != flags.end();
 }
 
+const std::string* Arguments::option(const char* const option) const {
+    for(const auto& given: options) if(given.first == option) return &given.second;
+    return nullptr;
+}
+
+bool parseNumber(const std::string& text, std::size_t& number) {
+    number = 0;
+    for(const char c: text) {
+        /* Anything beyond this is more than any history or tree holds anyway */
+        if(c < '0' || c > '9' || number > 100000000) return false;
+        number = number*10 + std::size_t(c - '0');
+    }
+    return !text.empty();
+}
+
 const std::vector<Command>& commands() {
     static const std::vector<Command> table{
         {"help", "help [COMMAND]", "list the commands, or describe one", "", {}, 0, 1, false, runHelp},
-        {"tree", "tree", "draw the live objects: key, name, * when selected",
-            "Deleted objects and everything below them are left out.", {}, 0, 0, false, runTree},
-        {"status", "status", "file, object count, history position, saved or not", "", {}, 0, 0, false, runStatus},
+        {"tree", "tree [OBJECT] [--depth N] [--json]", "draw the live objects: key, name, * when selected",
+            "Deleted objects and everything below them are left out. With OBJECT only\n"
+            "it and what lies below it; with --depth only N levels, an object whose\n"
+            "children are left out saying how many objects lie below it.", {"--depth=", "--json"}, 0, 1, false, runTree},
+        {"status", "status [--json]", "file, object count, history position, saved or not", "", {"--json"}, 0, 0, false, runStatus},
         {"get", "get POINTER", "print the value at a JSON Pointer (\"\": everything)",
             "Example: get /objects/hero/name", {}, 1, 1, false, runGet},
         {"set", "set POINTER JSON", "set the value at a JSON Pointer to a JSON text",
@@ -33,13 +50,21 @@ const std::vector<Command>& commands() {
         {"remove", "remove POINTER", "remove the value at a JSON Pointer",
             "Containers that the removal leaves empty are removed too, except top-level\n"
             "members.", {}, 1, 1, false, runRemove},
-        {"add", "add NAME [PARENT]", "add an object under PARENT or the root; print its key",
-            "A name that is taken gets a suffix: Cube, Cube.000, Cube.001 ...", {}, 1, 2, false, runAdd},
-        {"select", "select [KEY...]", "select exactly these objects; no key: none", "", {}, 0, Many, false, runSelect},
-        {"selection", "selection", "list the selected objects in tree order", "", {}, 0, 0, false, runSelection},
-        {"delete", "delete [KEY]", "delete an object, or the selected ones, and all below",
+        {"add", "add NAME [PARENT] [--json]", "add an object under PARENT or the root; print its key",
+            "A name that is taken gets a suffix: Cube, Cube.000, Cube.001 ...", {"--json"}, 1, 2, false, runAdd},
+        {"rename", "rename OBJECT NAME", "rename an object; print the name it got",
+            "A name that another object has gets a suffix, as with add.", {}, 2, 2, false, runRename},
+        {"select", "select [[+|-]OBJECT|PATTERN...]", "select exactly these objects; none: nothing",
+            "A PATTERN selects every object whose name it matches (*, ?, [...]). With\n"
+            "every word marked + or -, the objects are added to or taken from the\n"
+            "selection instead. Example: select +Crate* -Crate.001", {}, 0, Many, false, runSelect},
+        {"selection", "selection [--json]", "list the selected objects in tree order", "", {"--json"}, 0, 0, false, runSelection},
+        {"find", "find PATTERN [--json]", "list the objects whose names match: key, name, path",
+            "*, ? and [...] work as in file names. Objects are listed in tree order,\n"
+            "each with the names from the root down to it. Example: find \"Crate*\"", {"--json"}, 1, 1, false, runFind},
+        {"delete", "delete [OBJECT]", "delete an object, or the selected ones, and all below",
             "Deleted objects keep their records, flagged \"deleted\", so undo brings them back.", {}, 0, 1, false, runDelete},
-        {"reparent", "reparent PARENT|root [--keep-transform]", "move the selected objects under PARENT or the root",
+        {"reparent", "reparent OBJECT|root [--keep-transform]", "move the selected objects under PARENT or the root",
             "Without the flag every selected object keeps its local transformation and\n"
             "so moves along with its new parent. With --keep-transform the objects stay\n"
             "where they are in the world; a selected object whose ancestor is selected\n"
@@ -48,19 +73,21 @@ const std::vector<Command>& commands() {
             "With --trees everything below the selected objects is copied too. With FILE\n"
             "the clipboard text is also written there; an existing file only with\n"
             "--force, and never the project file.", {"--trees", "--force"}, 0, 1, false, runCopy},
-        {"paste", "paste [--child] [FILE]", "paste the clipboard, or FILE, beside the selection",
+        {"paste", "paste [--child] [FILE] [--json]", "paste the clipboard, or FILE, beside the selection",
             "With --child the pasted objects go under the first selected object instead.\n"
             "Every pasted object and skin gets a new key; the pasted objects end up\n"
-            "selected.", {"--child"}, 0, 1, false, runPaste},
-        {"duplicate", "duplicate [--trees]", "duplicate the selected objects and select the copies",
-            "With --trees everything below the selected objects is duplicated too.", {"--trees"}, 0, 0, false, runDuplicate},
+            "selected.", {"--child", "--json"}, 0, 1, false, runPaste},
+        {"duplicate", "duplicate [--trees] [--json]", "duplicate the selected objects and select the copies",
+            "With --trees everything below the selected objects is duplicated too.", {"--trees", "--json"}, 0, 0, false, runDuplicate},
         {"duplicate-resource", "duplicate-resource TYPE KEY", "copy a record under a new key and print it",
             "Example: duplicate-resource materials stone", {}, 2, 2, false, runDuplicateResource},
         {"delete-resource", "delete-resource TYPE KEY", "remove record KEY of the map TYPE", "", {}, 2, 2, false, runDeleteResource},
-        {"undo", "undo [N]", "undo the last N commands (default 1)", "", {}, 0, 1, false, runUndo},
-        {"redo", "redo [N]", "redo the last N undone commands (default 1)", "", {}, 0, 1, false, runRedo},
-        {"history", "history", "list every change, the position and the saved state",
-            "Every command is one step: its changes share the step's number.", {}, 0, 0, false, runHistory},
+        {"undo", "undo [N] [--json]", "undo the last N commands (default 1) and name them", "", {"--json"}, 0, 1, false, runUndo},
+        {"redo", "redo [N] [--json]", "redo the last N undone commands (default 1) and name them", "", {"--json"}, 0, 1, false, runRedo},
+        {"history", "history [--changes] [--json]", "list the steps, the position and the saved state",
+            "Every command that changes the project is one step, listed with its number,\n"
+            "what it was and how many changes it made. With --changes every change\n"
+            "instead, with the number of its step.", {"--changes", "--json"}, 0, 0, false, runHistory},
         {"save", "save [PATH]", "write the project to PATH or to its file, atomically",
             "Saving to PATH makes PATH the project's file.", {}, 0, 1, false, runSave},
         {"quit", "quit", "leave; refused while there are unsaved changes", "", {}, 0, 0, false, runQuit},

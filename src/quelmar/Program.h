@@ -23,6 +23,8 @@ struct Program {
     EditSession session;
     /** The clipboard text, empty before the first copy */
     std::string clipboard;
+    /** The object that the last command to add one added first, for $_; empty before */
+    std::string lastAdded;
     /** Put before every error message, for example the script line */
     std::string location;
     bool quitRequested{};

@@ -25,10 +25,16 @@ std::vector<std::string> linesOf(const std::ostringstream& stream) {
     return lines;
 }
 
-/* What the library reported through its error output, as one message */
+/* What the library reported through its error output, as one message
+   that starts in lower case like every other ("Can't load ..." -> "can't
+   load ...") */
 std::string messageOf(const std::ostringstream& errors, const char* const fallback) {
     std::vector<std::string> lines = linesOf(errors);
-    return lines.empty() ? fallback : std::move(lines.front());
+    if(lines.empty()) return fallback;
+    std::string& message = lines.front();
+    if(message.size() > 1 && message[0] >= 'A' && message[0] <= 'Z' && (message[1] < 'A' || message[1] > 'Z'))
+        message[0] = char(message[0] - 'A' + 'a');
+    return std::move(message);
 }
 
 }
@@ -40,6 +46,7 @@ EditSession::EditSession() {
         _editor.changeManager->beginGroup();
         _editor.changeManager->commit();
     }
+    _names.attach(_editor);
 }
 
 void EditSession::capturing(EditResult& result, const std::function<void()>& action) {
@@ -60,7 +67,7 @@ void EditSession::expectHistoryInStep(const char* const function) const {
         function << "the change history was changed outside the session", );
 }
 
-EditResult EditSession::load(const std::function<bool()>& loader, std::string path) {
+EditResult EditSession::load(const std::function<bool()>& loader, std::string path, const bool isNew) {
     EditResult result;
     std::ostringstream errors;
     bool loaded;
@@ -74,6 +81,9 @@ EditResult EditSession::load(const std::function<bool()>& loader, std::string pa
     }
     _history.clear();
     _path = std::move(path);
+    _isNew = isNew;
+    /* The load dropped the change handlers */
+    _names.attach(_editor);
     return result;
 }
 
@@ -86,13 +96,13 @@ EditResult EditSession::open(const Containers::StringView path) {
     const std::size_t slash = file.rfind('/');
     const std::string folder = slash == std::string::npos ? "." : file.substr(0, slash + 1);
     if(::stat(file.data(), &info) != 0 && errno == ENOENT && ::stat(folder.data(), &info) == 0 && S_ISDIR(info.st_mode))
-        return load([&]{ return _editor.loadFromString("{}"); }, std::move(file));
-    return load([&]{ return _editor.loadFromFile(path); }, std::move(file));
+        return load([&]{ return _editor.loadFromString("{}"); }, std::move(file), true);
+    return load([&]{ return _editor.loadFromFile(path); }, std::move(file), false);
 }
 
 EditResult EditSession::openText(const Containers::StringView json) {
     expectHistoryInStep("EditSession::openText():");
-    return load([&]{ return _editor.loadFromString(json); }, {});
+    return load([&]{ return _editor.loadFromString(json); }, {}, true);
 }
 
 EditResult EditSession::save() {
@@ -110,6 +120,7 @@ EditResult EditSession::saveAs(const Containers::StringView path) {
     }
     if(!saved) return EditResult::failure(messageOf(errors, "can't save the project"));
     _path = text(path);
+    _isNew = false;
     _history.markSaved();
     _editor.changeManager->markSave();
     return {};

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <vector>
 #include <Corrade/Containers/ArrayView.h>
 #include <Corrade/Containers/String.h>
 #include <Corrade/Containers/StringView.h>
@@ -14,6 +15,7 @@
 
 #include "QuelmarEngine/host/EditHistory.h"
 #include "QuelmarEngine/host/EditResult.h"
+#include "QuelmarEngine/host/ObjectNames.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
 #include "QuelmarEngine/host/StringArray.h"
 
@@ -45,7 +47,10 @@ checked first and refused with a message when it would break a rule; a
 refused action changes nothing, neither the document nor the history nor the
 selection. Every action that changes the document becomes exactly one step of
 the history under a label, whatever change groups the commands open; the
-steps and their labels live here, beside the change history.
+steps and their labels live here, beside the change history. A label reads
+like the command that made the step, with objects by their keys:
+@cb{.txt} add Lamp stage @ce, @cb{.txt} duplicate --trees @ce,
+@cb{.txt} set /objects/k/name "Knight" @ce, @cb{.txt} reparent root --keep-transform @ce.
 
 Objects named in arguments are found through @ref findObject(). An empty
 parent means the root, as "parent": "" does in a record. Hosts change the
@@ -77,6 +82,9 @@ class EditSession {
 
         /** The project's file; empty for none */
         const std::string& path() const { return _path; }
+
+        /** Whether the project was never read from its file or written to one: no file yet, or none at its path when opened */
+        bool isNew() const { return _isNew; }
 
         /** Whether the document is as last saved (or opened) */
         bool isSaved() const { return _history.isSaved(); }
@@ -144,11 +152,47 @@ class EditSession {
         /**
          * @brief Finds the object that @p reference names
          *
-         * A reference is an object's key. The object has to be live: a
-         * record of "objects" that neither it nor an ancestor flags deleted.
+         * A reference is the key of a live object (a record of "objects"
+         * that neither it nor an ancestor flags deleted), or else the name
+         * of exactly one live object: a key always wins over a name. A name
+         * of several live objects is refused with a message that lists them.
          * On success the result's only key is the object's.
          */
         EditResult findObject(Containers::StringView reference);
+
+        /**
+         * @brief Finds the objects that @p reference names
+         *
+         * One object as @ref findObject() finds it, or, failing that, when
+         * @p reference holds a wildcard, every live object whose name
+         * matches it as a glob pattern (see @ref matchesGlob()), of which
+         * there has to be one at least. The result's keys are in tree order.
+         */
+        EditResult findObjects(Containers::StringView reference);
+
+        /** Keys of the live objects whose names match the glob @p pattern, in tree order; finding none is a success */
+        EditResult findByName(Containers::StringView pattern);
+
+        /** The name of object @p key, or null when it has none that is a string; valid until the next change */
+        const std::string* objectName(Containers::StringView key);
+
+        /**
+         * @brief Where the live object @p key is in the tree
+         *
+         * The names of its ancestors below the root and of itself, from the
+         * top down; an object without a name counts by its key. Empty for an
+         * object that isn't live.
+         */
+        std::vector<std::string> treePath(Containers::StringView key);
+
+        /**
+         * @brief Renames the object @p reference to @p name
+         *
+         * A name that another record of "objects" has gets a suffix, as
+         * @ref addObject() gives it. The result's key is the object's, its
+         * text the name it got.
+         */
+        EditResult renameObject(Containers::StringView reference, Containers::StringView name);
 
         /** Makes exactly the objects that @p references name selected; not a step */
         EditResult select(Containers::ArrayView<const Containers::StringView> references);
@@ -156,7 +200,7 @@ class EditSession {
         /** Keys of the selected objects in tree order */
         StringArray selection();
 
-        /** Adds an object named @p name under @p parent; the result's key is the new object's */
+        /** Adds an object named @p name under @p parent; the result's key is the new object's, its text the name it got */
         EditResult addObject(Containers::StringView name, Containers::StringView parent);
 
         /** Deletes the object @p reference and everything below it; the result's keys are the objects that left the scene */
@@ -234,11 +278,15 @@ class EditSession {
         EditResult travel(std::size_t count, bool forward);
         void joinIntoOneStep(std::size_t first, std::size_t last);
         /* Opens what @p loader loads, bound to @p path */
-        EditResult load(const std::function<bool()>& loader, std::string path);
+        EditResult load(const std::function<bool()>& loader, std::string path, bool isNew);
+        /* Position of the live object @p key in the scene graph, 0 for none */
+        std::size_t livePosition(const std::string& key);
 
         QuelmarEditor _editor;
         EditHistory _history;
         std::string _path;
+        ObjectNames _names;
+        bool _isNew{true};
         /* Nested step() calls run inside the outermost one */
         std::size_t _stepDepth{};
 };

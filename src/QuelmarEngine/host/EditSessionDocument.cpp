@@ -7,11 +7,30 @@
 #include "QuelmarEngine/JsonReader.h"
 #include "QuelmarEngine/Tools/ProjectTools.h"
 #include "QuelmarEngine/host/DocumentRules.h"
+#include "QuelmarEngine/JsonWriter.h"
 #include "QuelmarEngine/host/Implementation/DocumentPaths.h"
+#include "QuelmarEngine/host/Implementation/StepLabels.h"
 
 namespace QuelmarEngine {
 
 using Implementation::text;
+
+namespace {
+
+/* For a value that isn't JSON because it was meant as a string and isn't
+   quoted, such as a bare word: how to write it */
+std::string quotingHint(const Containers::StringView json) {
+    std::string value = text(json);
+    const std::size_t begin = value.find_first_not_of(" \t\r\n");
+    if(begin == std::string::npos) return {};
+    value = value.substr(begin, value.find_last_not_of(" \t\r\n") + 1 - begin);
+    const char first = value[0];
+    if(first == '{' || first == '[' || first == '"' || first == '-' || (first >= '0' && first <= '9')) return {};
+    if(value.size() > 1 && first == '\'' && value.back() == '\'') value = value.substr(1, value.size() - 2);
+    return " (a string needs double quotes: " + writeJson(rapidjson::Value{rapidjson::StringRef(value.data(), value.size())}) + ")";
+}
+
+}
 
 const rapidjson::Value* EditSession::findRecord(const Containers::StringView type, const Containers::StringView key, EditResult& result) const {
     std::string path;
@@ -60,11 +79,11 @@ EditResult EditSession::set(const Containers::StringView pointer, const Containe
     rapidjson::Document parsed;
     JsonParseError error;
     if(!parseJson(parsed, json, error, unsigned(JsonMaxDepth - parsedPointer.tokenCount())))
-        return EditResult::failure("invalid JSON at line " + std::to_string(error.line) + ", column " + std::to_string(error.column) + ": " + std::string{error.reason.data(), error.reason.size()});
+        return EditResult::failure("invalid JSON at line " + std::to_string(error.line) + ", column " + std::to_string(error.column) + ": " + std::string{error.reason.data(), error.reason.size()} + quotingHint(json));
     if(std::string problem = changeProblem(_editor.data.project, parsedPointer, pointer, &parsed); !problem.empty())
         return EditResult::failure(problem);
 
-    return step("set " + path, [&]{
+    return step("set " + path + " " + Implementation::labelValue(parsed), [&]{
         _editor.changeManager->pushChange(path.data(), parsed, false);
         return EditResult{};
     });

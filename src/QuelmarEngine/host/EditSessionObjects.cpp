@@ -1,5 +1,5 @@
-/* The session's commands on objects: finding them, the selection, adding,
-   deleting, reparenting, copy, paste and duplicate. */
+/* The session's commands on objects: the selection, adding, deleting,
+   reparenting, copy, paste and duplicate. */
 #include "QuelmarEngine/host/EditSession.h"
 
 #include <algorithm>
@@ -12,6 +12,7 @@
 #include "QuelmarEngine/Tools/ProjectTools.h"
 #include "QuelmarEngine/host/DocumentRules.h"
 #include "QuelmarEngine/host/Implementation/DocumentPaths.h"
+#include "QuelmarEngine/host/Implementation/StepLabels.h"
 
 namespace QuelmarEngine {
 
@@ -57,18 +58,6 @@ void addKeys(const StringArrayView& keys, EditResult& result) {
 
 }
 
-EditResult EditSession::findObject(const Containers::StringView reference) {
-    const std::string key = text(reference);
-    /* No record has a key that couldn't stand in a path */
-    if(!isUsableKey(reference)) return EditResult::failure("there is no object " + key);
-    if(const unsigned short index = indexOf(_editor, key))
-        if(_editor.scene->sceneGraph->indexToPosition()[index]) return EditResult{}.addKey(key);
-    /* Only a failure pays for the lookup of the record */
-    if(value(objectPath(reference).data()))
-        return EditResult::failure("object " + key + " is not in the scene: it or an ancestor is deleted");
-    return EditResult::failure("there is no object " + key);
-}
-
 EditResult EditSession::select(const Containers::ArrayView<const Containers::StringView> references) {
     StringArray keys{references.size()};
     for(const Containers::StringView reference: references) {
@@ -94,9 +83,10 @@ EditResult EditSession::addObject(const Containers::StringView name, const Conta
     }
     if(std::string problem = objectRoomProblem(_editor.data.project, 1); !problem.empty()) return EditResult::failure(problem);
 
-    return step("add " + text(name), [&]{
+    return step("add " + Implementation::labelWord(name) + (parentKey.empty() ? "" : " " + parentKey), [&]{
         const Containers::String key = QuelmarEngine::addObject(_editor, name, {parentKey.data(), parentKey.size()});
-        return EditResult{}.addKey(key.data());
+        const std::string* const given = _names.name(key);
+        return EditResult{}.addKey(key.data()).setText(given ? *given : std::string{});
     });
 }
 
@@ -118,7 +108,7 @@ EditResult EditSession::deleteObject(const Containers::StringView reference) {
 EditResult EditSession::deleteSelection() {
     const StringArray keys = selectedObjectKeysWithTrees(_editor);
     if(keys.isEmpty()) return EditResult::failure("nothing is selected");
-    return step("delete the selection", [&]{
+    return step("delete", [&]{
         /* It makes its own group */
         deleteSelectedObjects(_editor);
         EditResult deleted;
@@ -144,13 +134,13 @@ EditResult EditSession::reparentSelection(const Containers::StringView parent, c
     }
     const char* const parentArgument = parent.isEmpty() ? nullptr : parentKey.data();
 
-    const std::string label = "reparent to " + (parent.isEmpty() ? std::string{"the root"} : parentKey);
+    const std::string label = "reparent " + (parent.isEmpty() ? std::string{"root"} : parentKey);
     if(mode == ReparentMode::KeepLocal) return step(label, [&]{
         for(std::size_t i = 0; i != keys.size(); ++i) reparentObject(_editor, keys.get(i), parentArgument);
         return EditResult{};
     });
 
-    return step(label + ", keeping world placements", [&]{
+    return step(label + " --keep-transform", [&]{
         const ChangeManager& manager = *_editor.changeManager;
         const std::size_t first = std::size_t(manager.lastChangeIndex() + 1);
         /* It makes its own group and skips objects whose ancestor moves */
@@ -207,7 +197,7 @@ EditResult EditSession::paste(const Containers::StringView clipboard, const Past
         return EditResult::failure("nothing is selected to paste under");
 
     const std::string pasted = text(clipboard);
-    return step(placement == PastePlacement::Under ? "paste under the selection" : "paste", [&]{
+    return step(placement == PastePlacement::Under ? "paste --child" : "paste", [&]{
         /* Both make their own group */
         if(placement == PastePlacement::Under) pasteChild(_editor, pasted);
         else QuelmarEngine::paste(_editor, pasted);
@@ -223,7 +213,7 @@ EditResult EditSession::duplicate(const SelectionExtent extent) {
     if(!count) return EditResult::failure("nothing is selected");
     if(std::string problem = objectRoomProblem(_editor.data.project, count); !problem.empty()) return EditResult::failure(problem);
 
-    return step(trees ? "duplicate the selected trees" : "duplicate the selection", [&]{
+    return step(trees ? "duplicate --trees" : "duplicate", [&]{
         /* Both make their own group */
         if(trees) duplicateTrees(_editor);
         else QuelmarEngine::duplicate(_editor);
