@@ -50,6 +50,9 @@ class EditorData {
          */
         void resizeSelection(std::uint64_t size);
 
+        /** Clears every bit that is clear in @p kept too; no refresh. For the host's refresh. */
+        void keepSelected(Containers::ArrayView<const std::uint32_t> kept);
+
         /** What every read of the selection calls first */
         void setRefreshHook(RefreshHook hook) { _refresh = hook; }
 
