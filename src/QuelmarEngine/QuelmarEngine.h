@@ -35,6 +35,7 @@ class EditorData;
 class Scene;
 class ObjectLookup;
 class QuelmarEditor;
+class SceneKeeper;
 
 namespace Data {
     struct Id;
