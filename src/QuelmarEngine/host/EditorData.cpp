@@ -15,7 +15,10 @@ void EditorData::selectObject(const Data::Id id, const bool selected) {
     _refresh();
     if(id >= _selectionSize) return;
     const std::uint32_t bit = 1u << (id % 32);
-    if(selected) _selectionWords[id/32] |= bit;
+    if(selected) {
+        _selectionWords[id/32] |= bit;
+        ++_selectCount;
+    }
     else _selectionWords[id/32] &= ~bit;
 }
 

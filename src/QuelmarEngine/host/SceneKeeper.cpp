@@ -255,9 +255,13 @@ void SceneKeeper::layOut(const std::size_t from) {
     ++_changeCount;
 }
 
-void SceneKeeper::fillSelection() {
+void SceneKeeper::fillSelection(const bool laidOut) {
     _editor.data.resizeSelection(_indexCount);
+    /* Objects without a position can't stay selected: those that lost it,
+       and those selected since the last time */
+    if(!laidOut && _editor.data.selectCount() == _maskedAt) return;
     _editor.data.keepSelected({_live.data(), _live.size()});
+    _maskedAt = _editor.data.selectCount();
 }
 
 }

@@ -107,7 +107,7 @@ class SceneKeeper {
         void breakAllCycles(const std::vector<Record>& records);
         void orderChildren(const std::vector<Record>& records);
         void layOut(std::size_t from);
-        void fillSelection();
+        void fillSelection(bool laidOut);
 
         /* Updating, in steps; false when only a rebuild can help */
         bool update();
@@ -162,8 +162,10 @@ class SceneKeeper {
         /* Free indices below _indexCount, smallest on top */
         std::vector<unsigned short> _free;
         std::size_t _indexCount{1};
-        /* A bit per index, set for objects that have a position */
+        /* A bit per index, set for objects that have a position; the
+           selection was last masked with it at this many selects */
         std::vector<std::uint32_t> _live;
+        std::uint64_t _maskedAt{~std::uint64_t{}};
 
         /* This refresh: objects to attach again, the first position a
            change shows at, what to lay out */

@@ -32,7 +32,7 @@ void SceneKeeper::rebuild() {
     breakAllCycles(records);
     orderChildren(records);
     layOut(1);
-    fillSelection();
+    fillSelection(true);
 }
 
 void SceneKeeper::clearState() {

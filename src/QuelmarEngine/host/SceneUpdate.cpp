@@ -88,11 +88,9 @@ bool SceneKeeper::update() {
     readNoted(kept, keptRecords);
     settle();
 
-    bool changed = false;
-    if(_from != ~std::size_t{}) {
-        layOut(_from);
-        changed = true;
-    }
+    const bool laidOut = _from != ~std::size_t{};
+    if(laidOut) layOut(_from);
+    bool changed = laidOut;
     /* Transformations of objects that kept their position */
     for(const unsigned short i: _transformed) if(_used[i] && wasLaidOut(i)) {
         graph.storedLocalTransformations()[graph.storedIndexToPosition()[i]] = _tree.localTransformation(i);
@@ -102,7 +100,7 @@ bool SceneKeeper::update() {
         changed = true;
     }
     for(const unsigned short i: _touched) _changed[i] = 0;
-    fillSelection();
+    fillSelection(laidOut);
 
     /* Keys that lookups entered with index 0 and that name no record */
     if(keyToIndex.size() != _indexCount - 1 - _free.size() + _pending.size()) {
