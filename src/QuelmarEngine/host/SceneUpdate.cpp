@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -114,22 +115,23 @@ bool SceneKeeper::update() {
 }
 
 /* Noted keys, merged: those with an index get what their notes say in
-   _noted, the others are listed with it */
+   _noted, the others are listed with it. Merged first by the text, as one
+   record gets several notes and a lookup in the key-to-index map costs more. */
 void SceneKeeper::collectNotes(std::vector<unsigned short>& indexed, std::vector<Noted>& unindexed) {
+    std::unordered_map<std::string_view, std::uint8_t> merged;
+    merged.reserve(_noteOffsets.size());
+    for(std::size_t n = 0; n != _noteOffsets.size(); ++n)
+        merged[std::string_view{_noteKeys.data() + _noteOffsets[n]}] |= _noteWhat[n];
+
     ObjectKeyMap& keyToIndex = _editor.objectLookup->storedKeyToIndex();
-    std::unordered_map<std::string, std::uint8_t> other;
-    for(std::size_t n = 0; n != _noteOffsets.size(); ++n) {
-        const char* const key = _noteKeys.data() + _noteOffsets[n];
-        const Containers::StringView view{key, std::strlen(key)};
-        const auto found = keyToIndex.find(Containers::String{view});
+    for(const auto& note: merged) {
+        const auto found = keyToIndex.find(Containers::String{Containers::StringView{note.first.data(), note.first.size()}});
         const unsigned short index = found == keyToIndex.end() ? 0 : found->second;
         if(index && index < _indexCount && _used[index]) {
-            if(!_noted[index]) indexed.push_back(index);
-            _noted[index] |= _noteWhat[n];
-        } else other[std::string{view.data(), view.size()}] |= _noteWhat[n];
+            indexed.push_back(index);
+            _noted[index] = note.second;
+        } else unindexed.push_back({std::string{note.first}, note.second});
     }
-    unindexed.reserve(other.size());
-    for(auto& entry: other) unindexed.push_back({entry.first, entry.second});
 }
 
 /* The record of @p i is gone: its index is freed, and its children name a
