@@ -3,7 +3,7 @@ BUILD ?= build
 ASAN_BUILD ?= build-asan
 JOBS ?= $(shell nproc)
 
-.PHONY: setup build test demo sanitize clean
+.PHONY: setup build test demo sanitize bench bench-smoke clean
 
 setup:
 	@./scripts/setup
@@ -26,5 +26,19 @@ sanitize: setup
 	cmake --build $(ASAN_BUILD) -j $(JOBS)
 	ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
 
+# Benchmarks in their own optimised build; BENCH_FLAGS go to the program,
+# for example BENCH_FLAGS=--benchmark_repetitions=5
+BENCH_BUILD ?= build-bench
+bench: setup
+	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DQUELMAR_BUILD_TESTS=OFF -DQUELMAR_BUILD_BENCHMARKS=ON
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target QuelmarBenchmark
+	$(BENCH_BUILD)/bench/QuelmarBenchmark $(BENCH_FLAGS)
+
+# Every benchmark once at the smallest size, to show that they still run
+bench-smoke: setup
+	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DQUELMAR_BUILD_TESTS=OFF -DQUELMAR_BUILD_BENCHMARKS=ON
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target QuelmarBenchmark
+	$(BENCH_BUILD)/bench/QuelmarBenchmark --smoke
+
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD)
