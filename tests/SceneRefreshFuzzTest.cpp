@@ -37,7 +37,7 @@ struct Session {
         json += "}}";
         for(QuelmarEditor* editor: {&kept, &rebuilt}) {
             EXPECT_TRUE(editor->loadFromString({json.data(), json.size()}));
-            editor->data.project.setIdGenerator([editor, counter = 0]() mutable {
+            editor->data.project.setIdGenerator([counter = 0]() mutable {
                 return Containers::String{("n" + std::to_string(++counter)).data()};
             });
         }
