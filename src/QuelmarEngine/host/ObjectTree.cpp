@@ -24,6 +24,22 @@ void ObjectTree::resize(const std::size_t size) {
     _mark.resize(size, 0);
 }
 
+void ObjectTree::reserve(const std::size_t size) {
+    _order.reserve(size);
+    _namedParent.reserve(size);
+    _parent.reserve(size);
+    _firstChild.reserve(size);
+    _lastChild.reserve(size);
+    _previous.reserve(size);
+    _next.reserve(size);
+    _liveChildren.reserve(size);
+    _deleted.reserve(size);
+    _broken.reserve(size);
+    _malformed.reserve(size);
+    _local.reserve(size);
+    _mark.reserve(size);
+}
+
 void ObjectTree::clear() {
     const std::size_t size = this->size();
     _order.clear();

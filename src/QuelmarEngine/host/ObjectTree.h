@@ -42,6 +42,9 @@ class ObjectTree {
         /** Sets the number of indices; new ones are detached and have no data */
         void resize(std::size_t size);
 
+        /** Makes room for @p size indices */
+        void reserve(std::size_t size);
+
         /** Detaches every object and forgets every broken cycle */
         void clear();
 

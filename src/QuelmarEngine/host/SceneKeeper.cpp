@@ -144,6 +144,14 @@ void SceneKeeper::growIndices(const std::size_t count) {
     _danglingParent.resize(count);
 }
 
+void SceneKeeper::reserveIndices(const std::size_t count) {
+    _tree.reserve(count);
+    _used.reserve(count);
+    _noted.reserve(count);
+    _changed.reserve(count);
+    _danglingParent.reserve(count);
+}
+
 unsigned short SceneKeeper::takeIndex() {
     if(!_free.empty()) {
         std::pop_heap(_free.begin(), _free.end(), std::greater<unsigned short>{});

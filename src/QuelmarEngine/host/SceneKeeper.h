@@ -121,6 +121,7 @@ class SceneKeeper {
 
         /* Shared by both */
         void growIndices(std::size_t count);
+        void reserveIndices(std::size_t count);
         unsigned short takeIndex();
         void freeIndex(unsigned short i);
         void readRecord(unsigned short i, const rapidjson::Value& record, std::uint8_t what);

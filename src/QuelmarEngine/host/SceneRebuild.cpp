@@ -4,6 +4,8 @@
 
 #include "QuelmarEngine/host/SceneKeeper.h"
 
+#include <algorithm>
+
 #include "QuelmarEngine/host/QuelmarEditor.h"
 
 namespace QuelmarEngine {
@@ -92,6 +94,10 @@ auto SceneKeeper::assignIndices(const rapidjson::Value* const objects) -> std::v
     }
 
     _pending.clear();
+    /* Grown once, not once per new index */
+    std::size_t needed = 0;
+    for(unsigned short* const slot: slots) needed += *slot == NoIndex;
+    reserveIndices(std::min(_indexCount + needed, ProjectFile::MaxObjects + 1));
     Data::DynamicSceneGraph<unsigned short>& graph = *_editor.scene->sceneGraph;
     for(std::size_t i = 1; i != _indexCount; ++i) if(!kept[i]) graph.setObjectKey(i, {});
     for(std::size_t r = 0; r != records.size(); ++r) {

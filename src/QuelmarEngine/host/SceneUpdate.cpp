@@ -194,6 +194,9 @@ bool SceneKeeper::placeRecords(const rapidjson::Value& objects, std::vector<Plac
         for(std::size_t k = first; k != last; ++k) orders[k] = before + step*(k - first + 1);
     }
 
+    std::size_t appeared = 0;
+    for(const Placed& p: placed) appeared += p.appeared;
+    reserveIndices(std::min(_indexCount + appeared, ProjectFile::MaxObjects + 1));
     Data::DynamicSceneGraph<unsigned short>& graph = *_editor.scene->sceneGraph;
     ObjectKeyMap& keyToIndex = _editor.objectLookup->storedKeyToIndex();
     std::vector<std::size_t> adopting;
