@@ -112,6 +112,9 @@ class SceneKeeper {
         /* Updating, in steps; false when only a rebuild can help */
         bool update();
         void collectNotes(std::vector<unsigned short>& indexed, std::vector<Noted>& unindexed);
+        bool locateNoted(const rapidjson::Value* objects, std::vector<unsigned short>& indexed, std::vector<const rapidjson::Value*>& records, std::vector<Noted>& unindexed, std::vector<Placed>& placed);
+        bool writeTransformations();
+        void forgetStrayKeys();
         void removeObject(unsigned short i);
         bool placeRecords(const rapidjson::Value& objects, std::vector<Placed>& placed);
         std::uint64_t orderAt(const rapidjson::Value& objects, std::size_t position) const;

@@ -42,6 +42,8 @@ void SceneKeeper::clearState() {
     _dangling.clear();
     for(std::string& key: _danglingParent) key.clear();
     _live.assign(_live.size(), 0);
+    /* An update that gave up may have left marks */
+    _changed.assign(_changed.size(), 0);
     _moved.clear();
     _touched.clear();
     _transformed.clear();

@@ -42,12 +42,31 @@ bool SceneKeeper::update() {
     std::vector<Noted> unindexed;
     collectNotes(indexed, unindexed);
 
-    /* Where the noted records are now */
     const rapidjson::Value* const objects = this->objects();
-    Data::DynamicSceneGraph<unsigned short>& graph = *_editor.scene->sceneGraph;
-    std::vector<unsigned short> kept;
-    std::vector<const rapidjson::Value*> keptRecords;
+    std::vector<const rapidjson::Value*> records;
     std::vector<Placed> placed;
+    if(!locateNoted(objects, indexed, records, unindexed, placed)) return false;
+    if(!placed.empty() && !placeRecords(*objects, placed)) return false;
+    readNoted(indexed, records);
+    settle();
+
+    const bool laidOut = _from != ~std::size_t{};
+    if(laidOut) layOut(_from);
+    if(writeTransformations() && !laidOut) ++_changeCount;
+    for(const unsigned short i: _touched) _changed[i] = 0;
+    fillSelection(laidOut);
+    forgetStrayKeys();
+    clearNotes();
+    return true;
+}
+
+/* Where the noted records are now: records of @p indexed that are gone are
+   removed and the others listed with their record in @p records; records
+   that appeared, came back elsewhere in the map or wait past the object limit
+   for a freed index go to @p placed */
+bool SceneKeeper::locateNoted(const rapidjson::Value* const objects, std::vector<unsigned short>& indexed, std::vector<const rapidjson::Value*>& records, std::vector<Noted>& unindexed, std::vector<Placed>& placed) {
+    const Data::DynamicSceneGraph<unsigned short>& graph = *_editor.scene->sceneGraph;
+    std::size_t kept = 0;
     for(const unsigned short i: indexed) {
         const rapidjson::Value* const record = recordOf(objects, graph.storedObjectKey(i));
         if(!record) {
@@ -55,8 +74,8 @@ bool SceneKeeper::update() {
             removeObject(i);
             continue;
         }
-        kept.push_back(i);
-        keptRecords.push_back(record);
+        indexed[kept++] = i;
+        records.push_back(record);
         if(_noted[i] & Note::Place) {
             /* Between its neighbours it hasn't moved: a member was added to
                it or taken from it */
@@ -67,6 +86,8 @@ bool SceneKeeper::update() {
                 placed.push_back({position, record, {}, i, false});
         }
     }
+    indexed.resize(kept);
+
     ObjectKeyMap& keyToIndex = _editor.objectLookup->storedKeyToIndex();
     for(Noted& noted: unindexed) {
         const Containers::StringView key{noted.key.data(), noted.key.size()};
@@ -74,44 +95,40 @@ bool SceneKeeper::update() {
             placed.push_back({positionOf(*objects, record), record, std::move(noted.key), 0, true});
         } else if(_pending.erase(noted.key)) keyToIndex.erase(Containers::String{key});
     }
-    /* Records past the limit take indices that were freed, in map order */
-    if(!_pending.empty() && !_free.empty()) {
-        std::unordered_set<std::string> appeared;
-        for(const Placed& p: placed) if(p.appeared) appeared.insert(p.key);
-        for(const auto& pending: _pending) if(!appeared.count(pending.first)) {
-            const rapidjson::Value* const record = recordOf(objects, {pending.first.data(), pending.first.size()});
-            if(!record) return false;
-            placed.push_back({positionOf(*objects, record), record, pending.first, 0, true});
-        }
+
+    if(_pending.empty() || _free.empty()) return true;
+    std::unordered_set<std::string> appeared;
+    for(const Placed& p: placed) if(p.appeared) appeared.insert(p.key);
+    for(const auto& pending: _pending) if(!appeared.count(pending.first)) {
+        const rapidjson::Value* const record = recordOf(objects, {pending.first.data(), pending.first.size()});
+        if(!record) return false;
+        placed.push_back({positionOf(*objects, record), record, pending.first, 0, true});
     }
+    return true;
+}
 
-    if(!placed.empty() && !placeRecords(*objects, placed)) return false;
-    readNoted(kept, keptRecords);
-    settle();
-
-    const bool laidOut = _from != ~std::size_t{};
-    if(laidOut) layOut(_from);
-    bool changed = laidOut;
-    /* Transformations of objects that kept their position */
+/* Local matrices of objects that kept their position; whether there were any */
+bool SceneKeeper::writeTransformations() {
+    Data::DynamicSceneGraph<unsigned short>& graph = *_editor.scene->sceneGraph;
+    bool written = false;
     for(const unsigned short i: _transformed) if(_used[i] && wasLaidOut(i)) {
         graph.storedLocalTransformations()[graph.storedIndexToPosition()[i]] = _tree.localTransformation(i);
         if(_tree.hasMalformedTransformation(i))
             warnOnce(std::string{"Object "} + graph.storedObjectKey(i) + " has a transformation that is not 16 numbers, using the identity");
-        if(!changed) ++_changeCount;
-        changed = true;
+        written = true;
     }
-    for(const unsigned short i: _touched) _changed[i] = 0;
-    fillSelection(laidOut);
+    return written;
+}
 
-    /* Keys that lookups entered with index 0 and that name no record */
-    if(keyToIndex.size() != _indexCount - 1 - _free.size() + _pending.size()) {
-        for(auto it = keyToIndex.begin(); it != keyToIndex.end(); ) {
-            if(!it->second && !_pending.count(std::string{it->first.data(), it->first.size()})) it = keyToIndex.erase(it);
-            else ++it;
-        }
+/* Keys that lookups entered with index 0 and that name no record; only
+   looked for when the map holds more keys than there are records */
+void SceneKeeper::forgetStrayKeys() {
+    ObjectKeyMap& keyToIndex = _editor.objectLookup->storedKeyToIndex();
+    if(keyToIndex.size() == _indexCount - 1 - _free.size() + _pending.size()) return;
+    for(auto it = keyToIndex.begin(); it != keyToIndex.end(); ) {
+        if(!it->second && !_pending.count(std::string{it->first.data(), it->first.size()})) it = keyToIndex.erase(it);
+        else ++it;
     }
-    clearNotes();
-    return true;
 }
 
 /* Noted keys, merged: those with an index get what their notes say in
