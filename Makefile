@@ -4,7 +4,7 @@ ASAN_BUILD ?= build-asan
 TSAN_BUILD ?= build-tsan
 JOBS ?= $(shell nproc)
 
-.PHONY: setup build test demo sanitize tsan clean
+.PHONY: setup build test demo sanitize tsan bench bench-smoke clean
 
 setup:
 	@./scripts/setup
@@ -35,5 +35,19 @@ tsan: setup
 	cmake --build $(TSAN_BUILD) -j $(JOBS) --target EditorThreadsTest
 	TSAN_OPTIONS=halt_on_error=1 $(TSAN_BUILD)/tests/EditorThreadsTest
 
+# Benchmarks in their own optimised build; BENCH_FLAGS go to the program,
+# for example BENCH_FLAGS=--benchmark_repetitions=5
+BENCH_BUILD ?= build-bench
+bench: setup
+	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DQUELMAR_BUILD_TESTS=OFF -DQUELMAR_BUILD_BENCHMARKS=ON
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target QuelmarBenchmark
+	$(BENCH_BUILD)/bench/QuelmarBenchmark $(BENCH_FLAGS)
+
+# Every benchmark once at the smallest size, to show that they still run
+bench-smoke: setup
+	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DQUELMAR_BUILD_TESTS=OFF -DQUELMAR_BUILD_BENCHMARKS=ON
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target QuelmarBenchmark
+	$(BENCH_BUILD)/bench/QuelmarBenchmark --smoke
+
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(BENCH_BUILD)

@@ -122,7 +122,7 @@ TEST(QuelmarEditorTest, CyclesAreBroken) {
         "Objects self are parents of each other, showing self under the root\n");
     EXPECT_EQ(tree(editor), "x()3 y(x)2 z(y)0 hanger(y)0 self()0 ");
 
-    /* Said once, not at every rebuild */
+    /* Said once, not at every refresh */
     out.str({});
     {
         Utility::Warning redirect{&out};
@@ -130,6 +130,17 @@ TEST(QuelmarEditorTest, CyclesAreBroken) {
         EXPECT_EQ(tree(editor), "x()3 y(x)2 z(y)0 hanger(y)0 self()0 ");
     }
     EXPECT_EQ(out.str(), "");
+
+    /* A move that closes a cycle is said at once, and the member first in
+       the map goes under the root; one that opens it puts it back */
+    {
+        Utility::Warning redirect{&out};
+        editor.changeManager->pushChange("/objects/z/parent", "hanger", false);
+        EXPECT_EQ(tree(editor), "x()3 y(x)2 hanger(y)1 z(hanger)0 self()0 ");
+        editor.changeManager->pushChange("/objects/self/parent", "y", false);
+        EXPECT_EQ(tree(editor), "x()4 y(x)3 self(y)0 hanger(y)1 z(hanger)0 ");
+    }
+    EXPECT_EQ(out.str(), "Objects x, z, hanger, y are parents of each other, showing x under the root\n");
 }
 
 TEST(QuelmarEditorTest, OneRebuildPerBatch) {
@@ -152,10 +163,19 @@ TEST(QuelmarEditorTest, OneRebuildPerBatch) {
     EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 5001);
     EXPECT_EQ(editor.rebuildCount(), before + 3);
 
-    /* Changes outside "objects" don't make the graph stale */
+    /* Changes outside "objects", and names, don't change the graph; a
+       transformation number changes one local matrix */
     editor.changeManager->pushChange("/skins/s", rapidjson::Value{rapidjson::kObjectType}, false);
+    editor.changeManager->pushChange("/objects/o7/name", "seven", false);
     EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 5001);
     EXPECT_EQ(editor.rebuildCount(), before + 3);
+    rapidjson::Value matrix{rapidjson::kArrayType};
+    for(int i = 0; i != 16; ++i) matrix.PushBack(i % 5 ? 0 : 1, editor.data.project.allocator());
+    editor.changeManager->pushChange("/objects/o7/transformation", matrix, false);
+    editor.changeManager->pushChange("/objects/o7/transformation/12", rapidjson::Value{3}, false);
+    const auto& graph = *editor.scene->sceneGraph;
+    EXPECT_EQ(graph.localTransformations()[graph.indexToPosition()[indexOf(editor, "o7")]], Magnum::Matrix4::translation({3.0f, 0.0f, 0.0f}));
+    EXPECT_EQ(editor.rebuildCount(), before + 4);
 }
 
 TEST(QuelmarEditorTest, ObjectLimit) {

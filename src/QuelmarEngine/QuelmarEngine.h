@@ -36,6 +36,7 @@ class EditorData;
 class Scene;
 class ObjectLookup;
 class QuelmarEditor;
+class SceneKeeper;
 
 namespace Data {
     struct Id;

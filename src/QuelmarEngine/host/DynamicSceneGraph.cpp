@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <Corrade/Containers/GrowableArray.h>
 #include <Corrade/Utility/Debug.h>
 
 namespace QuelmarEngine { namespace Data {
@@ -13,6 +14,14 @@ typedef Magnum::Math::Matrix4<Magnum::Float> Matrix4;
 typedef Magnum::Math::Matrix3x3<Magnum::Float> Matrix3x3;
 typedef Magnum::Math::Vector3<Magnum::Float> Vector3;
 typedef Magnum::Math::Quaternion<Magnum::Float> Quaternion;
+
+/* Grows geometrically; arrayResize alone would reallocate to the exact size
+   every time a position is added */
+template<class U> void resizeGrowing(Containers::Array<U>& array, const std::size_t size) {
+    const std::size_t capacity = Containers::arrayCapacity(array);
+    if(size > capacity) Containers::arrayReserve(array, size > 2*capacity ? size : 2*capacity);
+    Containers::arrayResize(array, size);
+}
 
 /* A unit vector perpendicular to the unit vector @p direction: the axis
    least aligned with it, with the part along it taken out */
@@ -121,17 +130,31 @@ template<class T> Containers::ArrayView<const Magnum::Math::Vector3<Magnum::Floa
     return _absoluteScalings;
 }
 
-template<class T> void DynamicSceneGraph<T>::setup(Containers::Array<Hierarchy>&& hierarchy, Containers::Array<T>&& positionToIndex, Containers::Array<T>&& indexToPosition, StringArray&& objectKeys, Containers::Array<Magnum::Math::Matrix4<Magnum::Float>>&& localTransformations) {
+template<class T> void DynamicSceneGraph<T>::setup(Containers::Array<Hierarchy>&& hierarchy, Containers::Array<T>&& positionToIndex, Containers::Array<T>&& indexToPosition, const StringArrayView& objectKeys, Containers::Array<Magnum::Math::Matrix4<Magnum::Float>>&& localTransformations) {
     if(!_header) _header = Containers::pointer<Header>();
     _header->objectCount = T(hierarchy.size());
     _hierarchy = std::move(hierarchy);
     _positionToIndex = std::move(positionToIndex);
     _indexToPosition = std::move(indexToPosition);
-    _objectKeys = std::move(objectKeys);
+    _objectKeys = KeyTable{objectKeys};
     _localTransformations = std::move(localTransformations);
-    _absoluteTransformations = Containers::Array<Magnum::Math::DualQuaternion<Magnum::Float>>{_hierarchy.size()};
-    _absoluteScalings = Containers::Array<Magnum::Math::Vector3<Magnum::Float>>{_hierarchy.size()};
-    for(auto& scaling: _absoluteScalings) scaling = Magnum::Math::Vector3<Magnum::Float>{1.0f, 1.0f, 1.0f};
+    _absoluteTransformations = Containers::Array<Magnum::Math::DualQuaternion<Magnum::Float>>{ValueInit, _hierarchy.size()};
+    _absoluteScalings = Containers::Array<Magnum::Math::Vector3<Magnum::Float>>{ValueInit, _hierarchy.size()};
+    for(auto& scaling: _absoluteScalings) scaling = Vector3{1.0f, 1.0f, 1.0f};
+}
+
+template<class T> void DynamicSceneGraph<T>::resize(const std::size_t positionCount, const std::size_t indexCount) {
+    if(!_header) _header = Containers::pointer<Header>();
+    _header->objectCount = T(positionCount);
+    const std::size_t before = _absoluteScalings.size();
+    resizeGrowing(_hierarchy, positionCount);
+    resizeGrowing(_positionToIndex, positionCount);
+    resizeGrowing(_localTransformations, positionCount);
+    resizeGrowing(_absoluteTransformations, positionCount);
+    resizeGrowing(_absoluteScalings, positionCount);
+    for(std::size_t p = before; p < positionCount; ++p) _absoluteScalings[p] = Vector3{1.0f, 1.0f, 1.0f};
+    resizeGrowing(_indexToPosition, indexCount);
+    _objectKeys.resize(indexCount);
 }
 
 template<class T> void DynamicSceneGraph<T>::computeAbsoluteTransformations() {
@@ -142,7 +165,7 @@ template<class T> void DynamicSceneGraph<T>::computeAbsoluteTransformations() {
     /* Full world matrices, so that the shear a non-uniform scaling makes
        under a rotated child still reaches the grandchildren; only what is
        stored per position drops it */
-    Containers::Array<Matrix4> world{count};
+    Containers::Array<Matrix4> world{ValueInit, count};
     _absoluteTransformations[0] = {};
     _absoluteScalings[0] = Vector3{1.0f, 1.0f, 1.0f};
     /* Positions are pre-order, so a parent's world is ready before its

@@ -12,8 +12,8 @@
 #include <Magnum/Math/Matrix4.h>
 #include <Magnum/Math/Vector3.h>
 
+#include "QuelmarEngine/host/KeyTable.h"
 #include "QuelmarEngine/host/RefreshHook.h"
-#include "QuelmarEngine/host/StringArray.h"
 
 namespace QuelmarEngine { namespace Data {
 
@@ -87,7 +87,39 @@ template<class T> class DynamicSceneGraph {
          * to have one entry per position, and @p indexToPosition and
          * @p objectKeys one per object index.
          */
-        void setup(Containers::Array<Hierarchy>&& hierarchy, Containers::Array<T>&& positionToIndex, Containers::Array<T>&& indexToPosition, StringArray&& objectKeys, Containers::Array<Magnum::Math::Matrix4<Magnum::Float>>&& localTransformations);
+        void setup(Containers::Array<Hierarchy>&& hierarchy, Containers::Array<T>&& positionToIndex, Containers::Array<T>&& indexToPosition, const StringArrayView& objectKeys, Containers::Array<Magnum::Math::Matrix4<Magnum::Float>>&& localTransformations);
+
+        /**
+         * @name Keeping the graph in step
+         *
+         * For the host that brings the graph up to date in place: none of
+         * these calls the refresh hook.
+         */
+        /*@{*/
+
+        /**
+         * @brief Sets the number of positions and of object indices
+         *
+         * What fits stays; new entries are zero, new keys empty. Makes the
+         * header if there is none.
+         */
+        void resize(std::size_t positionCount, std::size_t indexCount);
+
+        /** Number of positions, 0 without a header */
+        std::size_t storedPositionCount() const { return _header ? _hierarchy.size() : 0; }
+
+        Containers::ArrayView<Hierarchy> storedHierarchy() { return _hierarchy; }
+        Containers::ArrayView<T> storedPositionToIndex() { return _positionToIndex; }
+        Containers::ArrayView<T> storedIndexToPosition() { return _indexToPosition; }
+        Containers::ArrayView<Magnum::Math::Matrix4<Magnum::Float>> storedLocalTransformations() { return _localTransformations; }
+
+        /** Key of object index @p index */
+        const char* storedObjectKey(std::size_t index) const { return _objectKeys.get(index); }
+
+        /** Replaces the key of object index @p index, which has to exist */
+        void setObjectKey(std::size_t index, Containers::StringView key) { _objectKeys.set(index, key); }
+
+        /*@}*/
 
     private:
         RefreshHook _refresh;
@@ -95,7 +127,7 @@ template<class T> class DynamicSceneGraph {
         Containers::Array<Hierarchy> _hierarchy;
         Containers::Array<T> _positionToIndex;
         Containers::Array<T> _indexToPosition;
-        StringArray _objectKeys;
+        KeyTable _objectKeys;
         Containers::Array<Magnum::Math::Matrix4<Magnum::Float>> _localTransformations;
         Containers::Array<Magnum::Math::DualQuaternion<Magnum::Float>> _absoluteTransformations;
         Containers::Array<Magnum::Math::Vector3<Magnum::Float>> _absoluteScalings;

@@ -1,5 +1,6 @@
 #include "QuelmarEngine/host/EditorData.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace QuelmarEngine {
@@ -14,7 +15,10 @@ void EditorData::selectObject(const Data::Id id, const bool selected) {
     _refresh();
     if(id >= _selectionSize) return;
     const std::uint32_t bit = 1u << (id % 32);
-    if(selected) _selectionWords[id/32] |= bit;
+    if(selected) {
+        _selectionWords[id/32] |= bit;
+        ++_selectCount;
+    }
     else _selectionWords[id/32] &= ~bit;
 }
 
@@ -34,7 +38,8 @@ BitSetView EditorData::selection() const {
 }
 
 void EditorData::resizeSelection(const std::uint64_t size) {
-    Containers::Array<std::uint32_t> words{std::size_t((size + 31)/32)};
+    if(size == _selectionSize) return;
+    Containers::Array<std::uint32_t> words{ValueInit, std::size_t((size + 31)/32)};
     const std::size_t kept = std::min(words.size(), _selectionWords.size());
     if(kept) std::memcpy(words.data(), _selectionWords.data(), kept*sizeof(std::uint32_t));
     /* Bits past the new size in the last word would otherwise survive */
@@ -44,6 +49,12 @@ void EditorData::resizeSelection(const std::uint64_t size) {
     for(std::size_t i = (keptBits + 31)/32; i < words.size(); ++i) words[i] = 0;
     _selectionWords = std::move(words);
     _selectionSize = size;
+}
+
+void EditorData::keepSelected(const Containers::ArrayView<const std::uint32_t> kept) {
+    const std::size_t common = std::min(kept.size(), _selectionWords.size());
+    for(std::size_t i = 0; i != common; ++i) _selectionWords[i] &= kept[i];
+    for(std::size_t i = common; i < _selectionWords.size(); ++i) _selectionWords[i] = 0;
 }
 
 }

@@ -50,6 +50,12 @@ class EditorData {
          */
         void resizeSelection(std::uint64_t size);
 
+        /** Clears every bit that is clear in @p kept too; no refresh. For the host's refresh. */
+        void keepSelected(Containers::ArrayView<const std::uint32_t> kept);
+
+        /** How many times a bit was set; no refresh */
+        std::uint64_t selectCount() const { return _selectCount; }
+
         /** What every read of the selection calls first */
         void setRefreshHook(RefreshHook hook) { _refresh = hook; }
 
@@ -58,6 +64,7 @@ class EditorData {
     private:
         RefreshHook _refresh;
         std::uint64_t _selectionSize{};
+        std::uint64_t _selectCount{};
         Containers::Array<std::uint32_t> _selectionWords;
 };
 

@@ -94,7 +94,7 @@ void ObjectNames::update() {
     }
     for(const std::string& key: _staleKeys) {
         forget(key);
-        enter(key, objects ? findMember(*objects, {key.data(), key.size()}) : nullptr);
+        enter(key, objects ? _editor->data.project.findMember(*objects, {key.data(), key.size()}) : nullptr);
     }
     _staleKeys.clear();
 }

@@ -4,9 +4,6 @@
    manager and key-to-index map, kept in step with the project document. */
 
 #include <cstddef>
-#include <string>
-#include <unordered_set>
-#include <vector>
 #include <Corrade/Containers/Pointer.h>
 #include <Corrade/Containers/StringView.h>
 
@@ -22,9 +19,9 @@ namespace QuelmarEngine {
 
 A default-constructed editor is fully set up on an empty project. The scene
 graph, the key-to-index map and the selection follow the document: a change
-handler marks them stale, and the first read through their accessors after
-a batch of changes rebuilds them once. Object indices stay with their keys
-for as long as the keys name records.
+handler notes what changed, and the first read through their accessors after
+a batch of changes brings them up to date once, in proportion to the change.
+Object indices stay with their keys for as long as the keys name records.
 
 Not copyable or movable, as the accessors' refresh hooks point back to it.
 */
@@ -51,11 +48,28 @@ class QuelmarEditor {
         /** As @ref loadFromString(), reading the file at @p path */
         bool loadFromFile(Containers::StringView path);
 
-        /** Rebuilds the scene now if the document changed since the last rebuild */
+        /** Brings the scene up to date now if the document changed since */
         void refresh();
 
-        /** How many times the scene was rebuilt */
-        std::size_t rebuildCount() const { return _rebuildCount; }
+        /**
+         * @brief Rebuilds the scene from the whole document now
+         *
+         * For a host that changed the document without the change manager,
+         * which the scene can't hear of.
+         */
+        void rebuildScene();
+
+        /**
+         * @brief Whether the scene follows changes in proportion to them
+         *
+         * On by default. Off, every refresh rebuilds the scene from the whole
+         * document: slow on a big project, and the reference the default is
+         * held to.
+         */
+        void setIncrementalRefresh(bool incremental);
+
+        /** How many times the scene graph changed */
+        std::size_t rebuildCount() const;
 
         EditorData data;
         Containers::Pointer<Scene> scene;
@@ -64,21 +78,8 @@ class QuelmarEditor {
 
     private:
         void reset();
-        void rebuild();
-        /* Problems of the document show at every rebuild until fixed; say
-           each once a session */
-        void warnOnce(std::string message);
 
-        bool _dirty{};
-        bool _rebuilding{};
-        std::size_t _rebuildCount{};
-        /* Indices handed out so far, the root's included; arrays indexed by
-           object index never shrink below it, so no index goes stale */
-        std::size_t _indexCount{1};
-        std::vector<unsigned short> _freeIndices;
-        std::vector<std::size_t> _seen;
-        std::size_t _generation{};
-        std::unordered_set<std::string> _warnings;
+        Containers::Pointer<SceneKeeper> _sceneKeeper;
 };
 
 }
