@@ -164,7 +164,7 @@ TEST_F(EditSessionTest, EachActionIsOneLabelledUndoStep) {
         {"paste under", [](EditSession& s) { return s.paste(view(s.copy(SelectionExtent::Trees).text()), PastePlacement::Under); }, "paste --child"},
         {"duplicate trees", [](EditSession& s) { return s.duplicate(SelectionExtent::Trees); }, "duplicate --trees"},
         {"duplicate a resource", [](EditSession& s) { return s.duplicateResource("skins", "s"); }, "duplicate-resource skins s"},
-        {"delete a resource", [](EditSession& s) { return s.deleteResource("objects", "a"); }, "delete-resource objects a"},
+        {"delete a resource", [](EditSession& s) { return s.deleteResource("objects", "a", DanglingReferences::Leave); }, "delete-resource objects a"},
         {"remove", [](EditSession& s) { return s.remove("/objects/b/transformation"); }, "remove /objects/b/transformation"},
         {"rename to a taken name", [](EditSession& s) { return s.renameObject("b", "A"); }, "rename b A.000"},
         {"set a long value", [](EditSession& s) { return s.set("/objects/b/name", R"("Big crate, far too long to be shown whole in a label")"); },

@@ -155,6 +155,8 @@ TEST_F(QuelmarProgramTest, ExitStatusesAndEndsOfRuns) {
         /* Semicolons inside quotes belong to the argument */
         {"scene.json -c 'set /objects/hero/name \"A;B\"; get /objects/hero/name; quit!'", "", 0, "\"A;B\"\n", ""},
         {"scene.json", "add Crate\n", 1, "K0001\n", "error: there are unsaved changes (1 step: add Crate); they are lost\n"},
+        {"scene.json -c 'set /skins/heroSkin/joints/0 \"x\"; check'", "", 1, "/skins/heroSkin/joints/0: there is no object x\n",
+            "warning: /skins/heroSkin/joints/0: there is no object x\nerror: the project has 1 inconsistency\n"},
         /* Saved, undone and replaced by another change: the opened state is not the saved one */
         {"scene.json -c 'add A; save other.json; undo; add B; undo; quit'", "", 1, "K0001\nsaved other.json\n",
             "error: there are unsaved changes; save them, or use quit! to discard them\n"},
@@ -201,6 +203,19 @@ TEST_F(QuelmarProgramTest, Commands) {
          "select floor; paste hero.clip; undo",
             "copied 5 objects and 1 skin\npasted 5 objects: K0001 K0002 K0003 K0004 K0005\n"
             "duplicated 2 objects: K0007 K0008\npasted 5 objects: K0009 K000a K000b K000c K000d\nundid 1 step (8 changes): paste\n"},
+        /* A uniform scale by one number */
+        {"show camera; scale hero 2 --by; move hero 0 0 -1 --world --by; get /objects/hero/transformation; delete sword; purge",
+            "camera \"Camera\"\nlocal\n"
+            "  translation  0 2 8\n"
+            "  rotation     14.03624208 0 0  (degrees about the X, then the Y, then the Z axis of the parent)\n"
+            "  quaternion   0.1221832517 0 0 0.9925075582  (x y z w)\n"
+            "  scale        1 0.9999999938 0.9999999938\n"
+            "world\n"
+            "  translation  0 2 8\n"
+            "  rotation     14.03624208 0 0  (degrees about the X, then the Y, then the Z axis of the world)\n"
+            "  quaternion   0.1221832517 0 0 0.9925075582  (x y z w)\n"
+            "  scale        1 0.9999999938 0.9999999938\n"
+            "[0, 0, -2, 0, 0, 2, 0, 0, 2, 0, 0, 0, 0, 0, 2, 1]\ndeleted 1 object\npurged 1 object\n"},
         {"set /objects/hero/name \"Knight\"; save knight.json; add Crate; remove /objects/camera; undo; history --changes; "
          "redo; undo 2; redo 2",
             "saved knight.json\nK0001\nundid 1 step (1 change): remove /objects/camera\n4 changes in 3 steps: 2 to undo, 1 to redo\n"
@@ -367,6 +382,10 @@ TEST_F(QuelmarProgramTest, RefusalsChangeNothing) {
         {"undo 99999999999999999999", "the count has to be a positive number, not 99999999999999999999"},
         {"select hero", nullptr},
         {"reparent hips", "can't move the selected objects under hips, which is selected or lies below a selected object"},
+        {"move hero 1 x 3", "not a finite number: x"},
+        {"scale hero 1 2", "give one number or three after the object"},
+        {"purge spine", "references to purged objects would remain: /skins/heroSkin/joints/1 (spine), "
+            "/skins/heroSkin/joints/2 (head); --force removes all the same"},
         /* The project file under another name, and another file without --force */
         {"copy ./scene.json --force", "can't write ./scene.json: it is the open project file"},
         {"copy demo.quelmar", "can't write demo.quelmar: it exists; --force replaces it"},
@@ -391,6 +410,24 @@ TEST_F(QuelmarProgramTest, RefusalsChangeNothing) {
     EXPECT_NE(session.out.find("2 changes in 2 steps: 2 to undo, 0 to redo\n"), std::string::npos);
     EXPECT_NE(session.out.find("quelmar> hero \"Hero\"\n"), std::string::npos);
     EXPECT_EQ(readText(path("demo.quelmar")).find("# A tour"), 0u);
+}
+
+/* A save keeps the file's layout: an edit of one line changes that line,
+   and a world-keeping move away and back changes nothing */
+TEST_F(QuelmarProgramTest, SavesDiffOnlyWhereTheyChanged) {
+    const struct { const char* commands; const char* diff; } edits[]{
+        {"set /objects/hero/name \"Knight\"", "20c20\n<       \"name\": \"Hero\",\n---\n>       \"name\": \"Knight\",\n"},
+        {"select lamp sword; reparent camera --keep-transform; reparent stage --keep-transform; select sword; reparent hips --keep-transform", ""},
+    };
+    for(const auto& edit: edits) {
+        SCOPED_TRACE(edit.commands);
+        const Outcome saved = run("scene.json -c '" + std::string{edit.commands} + "; save'");
+        ASSERT_EQ(saved.status, 0) << saved.err;
+        EXPECT_EQ(std::system(("diff " + shellQuoted(source + "/examples/scene.json") + " " + shellQuoted(path("scene.json")) + " >" +
+            shellQuoted(path(".diff"))).data()) == 0, !*edit.diff);
+        EXPECT_EQ(readText(path(".diff")), edit.diff);
+        ASSERT_EQ(std::system(("cp " + shellQuoted(source + "/examples/scene.json") + " " + shellQuoted(dir)).data()), 0);
+    }
 }
 
 /* Whatever the input, the program ends with 0 or 1, never by a signal, and

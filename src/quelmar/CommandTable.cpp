@@ -40,6 +40,11 @@ const std::vector<Command>& commands() {
             "it and what lies below it; with --depth only N levels, an object whose\n"
             "children are left out saying how many objects lie below it.", {"--depth=", "--json"}, 0, 1, false, runTree},
         {"status", "status [--json]", "file, object count, history position, saved or not", "", {"--json"}, 0, 0, false, runStatus},
+        {"check", "check", "list every inconsistency of the project; fail if there is one",
+            "References that name nothing (an object's parent or skin, a mesh's skin, a\n"
+            "skin's joints), parent cycles, transformations that aren't 16 numbers single\n"
+            "precision can hold, and objects in the scene that share a name. set and\n"
+            "remove warn of those they make.", {}, 0, 0, false, runCheck},
         {"get", "get POINTER", "print the value at a JSON Pointer (\"\": everything)",
             "Example: get /objects/hero/name", {}, 1, 1, false, runGet},
         {"set", "set POINTER JSON", "set the value at a JSON Pointer to a JSON text",
@@ -69,6 +74,19 @@ const std::vector<Command>& commands() {
             "so moves along with its new parent. With --keep-transform the objects stay\n"
             "where they are in the world; a selected object whose ancestor is selected\n"
             "too then moves along with that ancestor.", {"--keep-transform"}, 1, 1, false, runReparent},
+        {"show", "show OBJECT", "print an object's local and world translation, rotation and scale",
+            "Rotations are given as angles in degrees about the X, then the Y, then the Z\n"
+            "axis of the parent's space (for the local one) or of the world's, and as a\n"
+            "quaternion.", {}, 1, 1, false, runShow},
+        {"move", "move OBJECT X Y Z [--world] [--by]", "set an object's translation, or add to it with --by",
+            "In the parent's space, or with --world in the world's.", {"--world", "--by"}, 4, 4, false, runMove},
+        {"rotate", "rotate OBJECT X Y Z [--world] [--by]", "set an object's rotation, or rotate it further with --by",
+            "X Y Z are degrees about the X, then the Y, then the Z axis of the parent's\n"
+            "space, or with --world of the world's; --by turns the object about those\n"
+            "axes around its origin.", {"--world", "--by"}, 4, 4, false, runRotate},
+        {"scale", "scale OBJECT X [Y Z] [--world] [--by]", "set an object's scale, or multiply it with --by",
+            "One number scales all three axes. With --world the scale is the one in the\n"
+            "world.", {"--world", "--by"}, 2, 4, false, runScale},
         {"copy", "copy [--trees] [--force] [FILE]", "copy the selected objects and their skins",
             "With --trees everything below the selected objects is copied too. With FILE\n"
             "the clipboard text is also written there; an existing file only with\n"
@@ -81,7 +99,16 @@ const std::vector<Command>& commands() {
             "With --trees everything below the selected objects is duplicated too.", {"--trees", "--json"}, 0, 0, false, runDuplicate},
         {"duplicate-resource", "duplicate-resource TYPE KEY", "copy a record under a new key and print it",
             "Example: duplicate-resource materials stone", {}, 2, 2, false, runDuplicateResource},
-        {"delete-resource", "delete-resource TYPE KEY", "remove record KEY of the map TYPE", "", {}, 2, 2, false, runDeleteResource},
+        {"delete-resource", "delete-resource TYPE KEY [--force]", "remove record KEY of the map TYPE",
+            "A record of objects or skins that others still name (as a parent, a joint,\n"
+            "a skin) is removed only with --force, which leaves those references naming\n"
+            "nothing.", {"--force"}, 2, 2, false, runDeleteResource},
+        {"purge", "purge [KEY...] [--force]", "remove deleted objects for good, with all below",
+            "With no KEY, every deleted object. Otherwise the objects KEY, each deleted or\n"
+            "below a deleted object, with everything below them. A skin that would still\n"
+            "name a purged object as a joint stops the purge, unless --force. Purging\n"
+            "makes room under the limit of 65,534 objects; undo brings the records back.",
+            {"--force"}, 0, Many, false, runPurge},
         {"undo", "undo [N] [--json]", "undo the last N commands (default 1) and name them", "", {"--json"}, 0, 1, false, runUndo},
         {"redo", "redo [N] [--json]", "redo the last N undone commands (default 1) and name them", "", {"--json"}, 0, 1, false, runRedo},
         {"history", "history [--changes] [--json]", "list the steps, the position and the saved state",

@@ -3,6 +3,7 @@
 
 #include "Command.h"
 #include "Program.h"
+#include "Removals.h"
 
 namespace quelmar {
 
@@ -14,7 +15,9 @@ bool runDuplicateResource(Program& program, const Arguments& arguments) {
 }
 
 bool runDeleteResource(Program& program, const Arguments& arguments) {
-    return program.report(program.session.deleteResource(view(arguments.positional[0]), view(arguments.positional[1])));
+    const bool force = arguments.has("--force");
+    return reportRemoval(program, program.session.deleteResource(view(arguments.positional[0]), view(arguments.positional[1]),
+        force ? QuelmarEngine::DanglingReferences::Leave : QuelmarEngine::DanglingReferences::Refuse), force);
 }
 
 }

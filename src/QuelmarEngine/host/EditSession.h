@@ -16,6 +16,7 @@
 #include "QuelmarEngine/host/EditHistory.h"
 #include "QuelmarEngine/host/EditResult.h"
 #include "QuelmarEngine/host/ObjectNames.h"
+#include "QuelmarEngine/host/Placement.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
 #include "QuelmarEngine/host/StringArray.h"
 
@@ -37,6 +38,37 @@ enum class PastePlacement: unsigned char {
 enum class ReparentMode: unsigned char {
     KeepLocal,  /**< The local transformation: they move along with the new parent */
     KeepWorld   /**< The place in the world: the local transformation is rewritten */
+};
+
+/** The space a transformation edit works in */
+enum class TransformSpace: unsigned char {
+    Local,      /**< The parent's */
+    World       /**< The world's */
+};
+
+/** Whether a transformation edit sets a value or changes it */
+enum class TransformAmount: unsigned char {
+    /** Sets the translation, the rotation or the scaling */
+    To,
+    /**
+     * Adds to the translation, rotates further about the axes of the space
+     * (around the object's origin), or multiplies the scaling
+     */
+    By
+};
+
+/** Where an object is */
+struct ObjectPlacement {
+    /** In its parent's space, as its "transformation" says */
+    Placement local;
+    /** In the world */
+    Placement world;
+};
+
+/** What an action does about references to the records it removes */
+enum class DanglingReferences: unsigned char {
+    Refuse,     /**< Refuses the action, naming them */
+    Leave       /**< Removes the records all the same, warning about them */
 };
 
 /**
@@ -239,6 +271,47 @@ class EditSession {
         /** Duplicates the selected objects beside the first one and selects the copies, which are the result's keys */
         EditResult duplicate(SelectionExtent extent);
 
+        /**
+         * @brief Removes the records of deleted objects with everything below them
+         *
+         * With no @p references, every record of "objects" that is not in
+         * the scene; otherwise the objects they name, each deleted or below
+         * a deleted object, and the records below those. References that
+         * records left would keep to them (a skin's joints) are refused, or
+         * left with a warning. The result's keys are the purged records in
+         * the order of the map.
+         */
+        EditResult purge(Containers::ArrayView<const Containers::StringView> references, DanglingReferences dangling = DanglingReferences::Refuse);
+
+        /** @} */
+
+        /**
+         * @{ @name Transformations
+         *
+         * An object's "transformation" as a translation, a rotation and a
+         * scaling. Each edit is one step that writes the whole local matrix,
+         * computed in double precision; a number within a few ulps of the
+         * number that was at its place, of a whole number or of a short
+         * decimal is written as that number.
+         */
+
+        /** Where the object @p reference is; the result's key is the object's */
+        EditResult findPlacement(Containers::StringView reference, ObjectPlacement& placement);
+
+        /** Moves the object @p reference to, or by, @p translation */
+        EditResult move(Containers::StringView reference, const Magnum::Vector3d& translation, TransformSpace space, TransformAmount amount);
+
+        /**
+         * @brief Rotates the object @p reference to, or by, @p degrees
+         *
+         * The angles are about the X, then the Y, then the Z axis of the
+         * space, as @ref eulerDegrees() gives them.
+         */
+        EditResult rotate(Containers::StringView reference, const Magnum::Vector3d& degrees, TransformSpace space, TransformAmount amount);
+
+        /** Scales the object @p reference to, or by, @p scaling */
+        EditResult scale(Containers::StringView reference, const Magnum::Vector3d& scaling, TransformSpace space, TransformAmount amount);
+
         /** @} */
 
         /** @{ @name Any record and any value */
@@ -246,14 +319,34 @@ class EditSession {
         /** Copies record @p key of the top-level map @p type under a new key, the result's key */
         EditResult duplicateResource(Containers::StringView type, Containers::StringView key);
 
-        /** Removes record @p key of the top-level map @p type */
-        EditResult deleteResource(Containers::StringView type, Containers::StringView key);
+        /**
+         * @brief Removes record @p key of the top-level map @p type
+         *
+         * For a record of "objects" or "skins", the references to it that
+         * other records would keep are refused, or left with a warning.
+         */
+        EditResult deleteResource(Containers::StringView type, Containers::StringView key, DanglingReferences dangling = DanglingReferences::Refuse);
 
-        /** Sets the value at the JSON Pointer @p pointer to the JSON text @p json */
+        /**
+         * @brief Sets the value at the JSON Pointer @p pointer to the JSON text @p json
+         *
+         * Warns of every inconsistency that the change makes, as
+         * @ref inconsistencies() would list it, looking only at what the
+         * change touches.
+         */
         EditResult set(Containers::StringView pointer, Containers::StringView json);
 
-        /** Removes the value at the JSON Pointer @p pointer */
+        /** Removes the value at the JSON Pointer @p pointer, warning as @ref set() does */
         EditResult remove(Containers::StringView pointer);
+
+        /**
+         * @brief Every inconsistency of the project, one line each
+         *
+         * References that name no record, parent cycles, transformations
+         * that aren't 16 numbers single precision can hold, live objects
+         * sharing a name.
+         */
+        std::vector<std::string> inconsistencies();
 
         /** The document's value at the JSON Pointer @p pointer, or null with the reason in the result */
         EditResult findValue(Containers::StringView pointer, const rapidjson::Value*& value) const;

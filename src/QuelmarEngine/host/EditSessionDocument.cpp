@@ -2,12 +2,18 @@
    removing resource records, setting and removing values by JSON Pointer. */
 #include "QuelmarEngine/host/EditSession.h"
 
+#include <functional>
+#include <iterator>
+#include <unordered_set>
+
 #include "QuelmarEngine/ChangeManager.h"
 #include "QuelmarEngine/JsonPointer.h"
 #include "QuelmarEngine/JsonReader.h"
 #include "QuelmarEngine/Tools/ProjectTools.h"
 #include "QuelmarEngine/host/DocumentRules.h"
 #include "QuelmarEngine/JsonWriter.h"
+#include "QuelmarEngine/host/ProjectCheck.h"
+#include "QuelmarEngine/host/RecordReferences.h"
 #include "QuelmarEngine/host/Implementation/DocumentPaths.h"
 #include "QuelmarEngine/host/Implementation/StepLabels.h"
 
@@ -28,6 +34,17 @@ std::string quotingHint(const Containers::StringView json) {
     if(first == '{' || first == '[' || first == '"' || first == '-' || (first >= '0' && first <= '9')) return {};
     if(value.size() > 1 && first == '\'' && value.back() == '\'') value = value.substr(1, value.size() - 2);
     return " (a string needs double quotes: " + writeJson(rapidjson::Value{rapidjson::StringRef(value.data(), value.size())}) + ")";
+}
+
+/* Runs @p change, adding a warning for every inconsistency around
+   @p pointer that wasn't there before */
+EditResult warningOfNewInconsistencies(QuelmarEditor& editor, const JsonPointer& pointer, const std::function<EditResult()>& change) {
+    std::vector<std::string> found = findInconsistenciesAround(editor, pointer);
+    const std::unordered_set<std::string> before{std::make_move_iterator(found.begin()), std::make_move_iterator(found.end())};
+    EditResult result = change();
+    if(result) for(std::string& line: findInconsistenciesAround(editor, pointer))
+        if(!before.count(line)) result.addWarning(std::move(line));
+    return result;
 }
 
 }
@@ -57,13 +74,23 @@ EditResult EditSession::duplicateResource(const Containers::StringView type, con
     });
 }
 
-EditResult EditSession::deleteResource(const Containers::StringView type, const Containers::StringView key) {
+EditResult EditSession::deleteResource(const Containers::StringView type, const Containers::StringView key, const DanglingReferences dangling) {
     EditResult found;
     if(!findRecord(type, key, found)) return found;
     const std::string typeText = text(type), keyText = text(key);
+    EditResult result;
+    if(typeText == "objects" || typeText == "skins") {
+        const std::unordered_set<std::string> removed{keyText}, none;
+        const std::vector<RecordReference> left = referencesInto(*_editor.data.project.document,
+            typeText == "objects" ? removed : none, typeText == "skins" ? removed : none);
+        const std::string what = "references to /" + typeText + "/" + keyText;
+        if(!left.empty() && dangling == DanglingReferences::Refuse)
+            return EditResult::failure(what + " would remain: " + listReferences(left, false));
+        if(!left.empty()) result.addWarning("left " + what + ": " + listReferences(left, false));
+    }
     return step("delete-resource " + typeText + " " + keyText, [&]{
         QuelmarEngine::deleteResource(_editor, typeText.data(), keyText.data());
-        return EditResult{};
+        return result;
     });
 }
 
@@ -83,9 +110,11 @@ EditResult EditSession::set(const Containers::StringView pointer, const Containe
     if(std::string problem = changeProblem(_editor.data.project, parsedPointer, pointer, &parsed); !problem.empty())
         return EditResult::failure(problem);
 
-    return step("set " + path + " " + Implementation::labelValue(parsed), [&]{
-        _editor.changeManager->pushChange(path.data(), parsed, false);
-        return EditResult{};
+    return warningOfNewInconsistencies(_editor, parsedPointer, [&]{
+        return step("set " + path + " " + Implementation::labelValue(parsed), [&]{
+            _editor.changeManager->pushChange(path.data(), parsed, false);
+            return EditResult{};
+        });
     });
 }
 
@@ -96,10 +125,16 @@ EditResult EditSession::remove(const Containers::StringView pointer) {
     if(std::string problem = changeProblem(_editor.data.project, parsedPointer, pointer, nullptr); !problem.empty())
         return EditResult::failure(problem);
 
-    return step("remove " + path, [&]{
-        _editor.changeManager->pushRemoval(path.data());
-        return EditResult{};
+    return warningOfNewInconsistencies(_editor, parsedPointer, [&]{
+        return step("remove " + path, [&]{
+            _editor.changeManager->pushRemoval(path.data());
+            return EditResult{};
+        });
     });
+}
+
+std::vector<std::string> EditSession::inconsistencies() {
+    return findInconsistencies(_editor);
 }
 
 }

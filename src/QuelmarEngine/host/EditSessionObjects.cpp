@@ -11,6 +11,7 @@
 #include "QuelmarEngine/JsonReader.h"
 #include "QuelmarEngine/Tools/ProjectTools.h"
 #include "QuelmarEngine/host/DocumentRules.h"
+#include "QuelmarEngine/host/WorldKeepingReparent.h"
 #include "QuelmarEngine/host/Implementation/DocumentPaths.h"
 #include "QuelmarEngine/host/Implementation/StepLabels.h"
 
@@ -144,7 +145,7 @@ EditResult EditSession::reparentSelection(const Containers::StringView parent, c
         const ChangeManager& manager = *_editor.changeManager;
         const std::size_t first = std::size_t(manager.lastChangeIndex() + 1);
         /* It makes its own group and skips objects whose ancestor moves */
-        reparentObjectsKeepTransform(_editor, _editor.data.selection(), parentArgument);
+        reparentSelectionKeepingWorld(_editor, parentArgument);
         /* A nearly singular parent can still give numbers past single
            precision; the step then takes the move back */
         for(std::size_t i = first; i <= std::size_t(manager.lastChangeIndex()); ++i) {

@@ -23,6 +23,7 @@ bool ProjectFile::loadFromString(const Containers::StringView json) {
     if(!parsed) return false;
     document = std::move(parsed);
     documentChanged();
+    _layout = {};
     return true;
 }
 
@@ -37,6 +38,7 @@ bool ProjectFile::loadFromFile(const Containers::StringView path) {
     if(!parsed) return false;
     document = std::move(parsed);
     documentChanged();
+    _layout = detectJsonFileLayout({text.data(), text.size()});
     return true;
 }
 
@@ -46,7 +48,7 @@ Containers::String ProjectFile::toJson() const {
 }
 
 bool ProjectFile::saveToFile(const Containers::StringView path) const {
-    const std::string text = writeJson(*document, JsonLayout::Indented) + "\n";
+    const std::string text = writeJsonFile(*document, _layout);
     std::string error;
     if(writeFileAtomically(path, {text.data(), text.size()}, error)) return true;
     Utility::Error{} << "Can't save " + std::string{path.data(), path.size()} + ": " + error;

@@ -11,6 +11,7 @@
 #include <rapidjson/document.h>
 
 #include "QuelmarEngine/MemberIndex.h"
+#include "QuelmarEngine/host/JsonFileLayout.h"
 #include "QuelmarEngine/host/JsonObject.h"
 #include "QuelmarEngine/host/KeyGenerator.h"
 #include "QuelmarEngine/host/NameIndex.h"
@@ -65,15 +66,21 @@ class ProjectFile: public ValueAccess {
          */
         bool loadFromString(Containers::StringView json);
 
-        /** As @ref loadFromString(), reading the file at @p path */
+        /**
+         * @brief As @ref loadFromString(), reading the file at @p path
+         *
+         * Remembers how the file is laid out, for @ref saveToFile(); a
+         * document loaded from a string is saved in the default layout.
+         */
         bool loadFromFile(Containers::StringView path);
 
         /**
          * @brief Writes the document to @p path atomically
          *
-         * Writes a temporary file beside the target, syncs it and renames it
-         * over the target. On failure prints one line through
-         * @ref Utility::Error, returns false and leaves the target as it was.
+         * Lays it out as the file it was loaded from was laid out. Writes a
+         * temporary file beside the target, syncs it and renames it over the
+         * target. On failure prints one line through @ref Utility::Error,
+         * returns false and leaves the target as it was.
          */
         bool saveToFile(Containers::StringView path) const;
 
@@ -148,6 +155,7 @@ class ProjectFile: public ValueAccess {
     private:
         mutable MemberIndex _memberIndex;
         mutable NameIndex _names;
+        JsonFileLayout _layout;
         std::function<Containers::String()> _idGenerator;
         KeyGenerator _keys;
 };
