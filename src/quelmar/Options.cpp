@@ -8,6 +8,7 @@ bool parseOptions(const int argc, const char* const* const argv, Options& option
         const std::string argument = argv[i];
         if(argument == "--help" || argument == "-h") options.help = true;
         else if(argument == "--version") options.version = true;
+        else if(argument == "--no-journal") options.journal = false;
         else if(argument == "-c" || argument == "-s") {
             if(i + 1 == argc) {
                 error = argument + " needs " + (argument == "-c" ? "commands" : "a script file");
@@ -43,7 +44,7 @@ bool parseOptions(const int argc, const char* const* const argv, Options& option
 
 const char* usageText() {
     return
-        "usage: quelmar [PROJECT.json] [-c \"COMMAND; COMMAND...\" | -s SCRIPT]\n"
+        "usage: quelmar [PROJECT.json] [-c \"COMMAND; COMMAND...\" | -s SCRIPT] [--no-journal]\n"
         "\n"
         "Opens PROJECT.json (a new one, written at the first save, when the file\n"
         "doesn't exist yet), or an empty project, and runs commands on it: those of\n"
@@ -52,6 +53,7 @@ const char* usageText() {
         "\n"
         "  -c COMMANDS  run these commands, separated by semicolons, and exit\n"
         "  -s SCRIPT    run the commands of SCRIPT and exit\n"
+        "  --no-journal keep no recovery journal beside the project\n"
         "  --help       show this text\n"
         "  --version    show the version\n"
         "\n"

@@ -14,6 +14,8 @@ struct Options {
     bool hasCommands{};
     /** File of -s, one command a line */
     std::string script;
+    /** Whether to keep a recovery journal beside the project */
+    bool journal{true};
     bool help{};
     bool version{};
 };

@@ -85,8 +85,11 @@ bool runLine(Program& program, const std::string& line) {
 }
 
 int finish(Program& program) {
-    if(program.session.isSaved()) return 0;
-    program.fail(unsavedChangesText(program) + "; they are lost");
+    const EditSession& session = program.session;
+    if(session.isSaved()) return 0;
+    if(session.journalEntryCount() && !session.isReadOnly())
+        program.fail(unsavedChangesText(program) + "; the journal " + session.journalPath() + " keeps them for recover");
+    else program.fail(unsavedChangesText(program) + "; they are lost");
     return 1;
 }
 

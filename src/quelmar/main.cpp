@@ -72,7 +72,10 @@ int main(int argc, char** argv) {
     }
 
     Program program;
+    program.session.setJournalling(options.journal);
     if(!options.project.empty() && !program.report(program.session.open(view(options.project)))) return 1;
+    if(program.session.isReadOnly())
+        std::cerr << "warning: recover replays the journal, discard-journal drops it" << std::endl;
 
     if(options.hasCommands) return runAll(program, splitCommands(options.commands), {});
     if(!options.script.empty()) {

@@ -1,0 +1,239 @@
+#include "QuelmarEngine/host/Journal.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "QuelmarEngine/JsonWriter.h"
+#include "QuelmarEngine/host/FileReading.h"
+
+namespace QuelmarEngine {
+
+namespace {
+
+/* Starts every journal; the digit is the format's version */
+constexpr char Magic[] = "QLMRJ 1\n";
+constexpr std::size_t MagicSize = sizeof(Magic) - 1;
+constexpr char BaseKind = 'F';
+
+std::uint32_t crc32(const char* const data, const std::size_t size, std::uint32_t crc = 0) {
+    static const struct Table {
+        std::uint32_t values[256];
+        Table() {
+            for(std::uint32_t i = 0; i != 256; ++i) {
+                std::uint32_t c = i;
+                for(int k = 0; k != 8; ++k) c = c & 1 ? 0xedb88320u ^ (c >> 1) : c >> 1;
+                values[i] = c;
+            }
+        }
+    } table;
+    crc = ~crc;
+    for(std::size_t i = 0; i != size; ++i)
+        crc = table.values[(crc ^ std::uint8_t(data[i])) & 0xff] ^ (crc >> 8);
+    return ~crc;
+}
+
+void putNumber(std::string& out, std::uint64_t value, const std::size_t bytes) {
+    for(std::size_t i = 0; i != bytes; ++i, value >>= 8) out += char(value & 0xff);
+}
+
+void putText(std::string& out, const Containers::StringView text) {
+    putNumber(out, text.size(), 4);
+    out.append(text.data(), text.size());
+}
+
+/* Frames @p payload: its length and the CRC-32 of length and payload */
+std::string framed(const std::string& payload) {
+    std::string entry;
+    putNumber(entry, payload.size(), 4);
+    const std::uint32_t crc = crc32(payload.data(), payload.size(), crc32(entry.data(), 4));
+    putNumber(entry, crc, 4);
+    return entry + payload;
+}
+
+/* Reads what a payload holds, failing past its end */
+struct Cursor {
+    const char* data;
+    std::size_t size;
+    std::size_t at{};
+
+    bool number(std::uint64_t& value, const std::size_t bytes) {
+        if(size - at < bytes) return false;
+        value = 0;
+        for(std::size_t i = 0; i != bytes; ++i) value |= std::uint64_t(std::uint8_t(data[at + i])) << 8*i;
+        at += bytes;
+        return true;
+    }
+    bool text(std::string& value) {
+        std::uint64_t length;
+        if(!number(length, 4) || size - at < length) return false;
+        value.assign(data + at, length);
+        at += length;
+        return true;
+    }
+};
+
+bool decodeBase(Cursor& in, FileStamp& base) {
+    std::uint64_t exists, size;
+    if(!in.number(exists, 1) || !in.number(size, 8) || !in.number(base.hash, 8)) return false;
+    base.exists = exists;
+    base.size = size;
+    return true;
+}
+
+bool decodeEntry(Cursor& in, JournalEntry& entry) {
+    std::uint64_t value;
+    if(!in.number(value, 1)) return false;
+    entry.kind = JournalEntryKind(char(value));
+    if(entry.kind == JournalEntryKind::Undo || entry.kind == JournalEntryKind::Redo)
+        return in.number(value, 8) && (entry.count = std::size_t(value));
+    if(entry.kind != JournalEntryKind::Step || !in.text(entry.label) || !in.number(value, 4)) return false;
+    entry.records.resize(std::size_t(value));
+    for(JournalRecord& record: entry.records) {
+        std::uint64_t hasValue;
+        if(!in.text(record.path) || !in.number(hasValue, 1) || hasValue > 1) return false;
+        record.hasValue = hasValue;
+        if(hasValue && !in.text(record.json)) return false;
+    }
+    return !entry.records.empty();
+}
+
+}
+
+std::string journalPathFor(const Containers::StringView path) {
+    const std::string file{path.data(), path.size()};
+    const std::size_t slash = file.rfind('/');
+    const std::size_t name = slash == std::string::npos ? 0 : slash + 1;
+    return file.substr(0, name) + "." + file.substr(name) + ".journal";
+}
+
+JournalStep::JournalStep(const Containers::StringView label) {
+    _payload += char(JournalEntryKind::Step);
+    putText(_payload, label);
+    _countAt = _payload.size();
+    putNumber(_payload, 0, 4);
+}
+
+void JournalStep::add(const Containers::StringView path, const rapidjson::Value* const value) {
+    putText(_payload, path);
+    _payload += char(value ? 1 : 0);
+    if(value) {
+        const std::string json = writeJson(*value);
+        putText(_payload, {json.data(), json.size()});
+    }
+    ++_count;
+}
+
+std::string JournalStep::finish() {
+    std::string count;
+    putNumber(count, _count, 4);
+    _payload.replace(_countAt, 4, count);
+    return std::move(_payload);
+}
+
+std::string journalTravel(const JournalEntryKind kind, const std::size_t count) {
+    std::string payload{char(kind)};
+    putNumber(payload, count, 8);
+    return payload;
+}
+
+std::string journalFrame(const std::string& entries) {
+    return framed(entries);
+}
+
+bool readJournal(const Containers::StringView path, JournalContents& contents, std::string& error) {
+    contents = {};
+    std::string text;
+    if(!readFile(path, text, error, ~std::size_t{})) return false;
+    contents.fileSize = text.size();
+    bool haveBase = false;
+    if(text.compare(0, MagicSize, Magic) == 0) for(std::size_t at = MagicSize; text.size() - at >= 8; ) {
+        Cursor frame{text.data() + at, 8};
+        std::uint64_t size, crc;
+        frame.number(size, 4);
+        frame.number(crc, 4);
+        if(text.size() - at - 8 < size || crc32(text.data() + at + 8, size, crc32(text.data() + at, 4)) != crc) break;
+        Cursor in{text.data() + at + 8, std::size_t(size)};
+        std::vector<JournalEntry> entries;
+        if(!haveBase) {
+            std::uint64_t kind;
+            if(!in.number(kind, 1) || kind != std::uint64_t(BaseKind) || !decodeBase(in, contents.base) || in.at != in.size) break;
+            haveBase = true;
+        } else {
+            /* The entries of one frame stand or fall together */
+            while(in.at != in.size && decodeEntry(in, entries.emplace_back())) {}
+            if(in.at != in.size || entries.empty()) break;
+        }
+        at += 8 + std::size_t(size);
+        contents.validSize = at;
+        for(JournalEntry& entry: entries) {
+            entry.end = at;
+            contents.entries.push_back(std::move(entry));
+        }
+    }
+    if(haveBase) return true;
+    error = "it is not a journal or its start is damaged";
+    return false;
+}
+
+JournalWriter::~JournalWriter() {
+    close();
+}
+
+bool JournalWriter::create(const std::string& path, const FileStamp& base, std::string& error) {
+    close();
+    _fd = ::open(path.data(), O_WRONLY|O_CREAT|O_TRUNC|O_CLOEXEC, 0666);
+    if(_fd < 0) {
+        error = std::strerror(errno);
+        return false;
+    }
+    _size = 0;
+    std::string payload{BaseKind};
+    putNumber(payload, base.exists, 1);
+    putNumber(payload, base.size, 8);
+    putNumber(payload, base.hash, 8);
+    const std::string start = std::string{Magic, MagicSize} + framed(payload);
+    if(append({start.data(), start.size()}, error)) return true;
+    close();
+    ::unlink(path.data());
+    return false;
+}
+
+bool JournalWriter::resume(const std::string& path, const std::size_t size, std::string& error) {
+    close();
+    _fd = ::open(path.data(), O_WRONLY|O_CLOEXEC);
+    if(_fd < 0 || ::ftruncate(_fd, off_t(size)) != 0 || ::lseek(_fd, off_t(size), SEEK_SET) < 0 || ::fdatasync(_fd) != 0) {
+        error = std::strerror(errno);
+        close();
+        return false;
+    }
+    _size = size;
+    return true;
+}
+
+bool JournalWriter::append(const Containers::StringView entry, std::string& error) {
+    for(std::size_t written = 0; written < entry.size(); ) {
+        const ssize_t count = ::write(_fd, entry.data() + written, entry.size() - written);
+        if(count < 0 && errno == EINTR) continue;
+        if(count <= 0) {
+            error = count < 0 ? std::strerror(errno) : "nothing could be written";
+            /* A whole entry or none: the next one must follow a whole one */
+            if(::ftruncate(_fd, off_t(_size)) != 0 || ::lseek(_fd, off_t(_size), SEEK_SET) < 0) close();
+            return false;
+        }
+        written += std::size_t(count);
+    }
+    /* Whole in the file, if not surely on the disk */
+    _size += entry.size();
+    if(::fdatasync(_fd) == 0) return true;
+    error = std::strerror(errno);
+    return false;
+}
+
+void JournalWriter::close() {
+    if(_fd >= 0) ::close(_fd);
+    _fd = -1;
+}
+
+}

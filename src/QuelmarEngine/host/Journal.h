@@ -1,0 +1,129 @@
+#ifndef QuelmarEngine_host_Journal_h
+#define QuelmarEngine_host_Journal_h
+/* The recovery journal's file: entries that rebuild a session's document
+   from its saved file, each one checksummed and synced as it is appended, so
+   that a crash at any moment leaves every completed entry readable and a
+   torn one recognisable. */
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+#include <Corrade/Containers/StringView.h>
+#include <rapidjson/document.h>
+
+#include "QuelmarEngine/host/FileStamp.h"
+
+namespace QuelmarEngine {
+
+/** Where the journal of the project file @p path lives: `.NAME.journal` beside it */
+std::string journalPathFor(Containers::StringView path);
+
+/** One change of a journalled step: the path and the new value's JSON text, or no value for a removal */
+struct JournalRecord {
+    std::string path;
+    bool hasValue;
+    std::string json;
+};
+
+/** What an entry of the journal does */
+enum class JournalEntryKind: char {
+    Step = 'S',     /**< A step with its label and changes */
+    Undo = 'U',     /**< Undoes a count of steps */
+    Redo = 'R'      /**< Redoes a count of steps */
+};
+
+/** One entry as read back */
+struct JournalEntry {
+    JournalEntryKind kind;
+    std::string label;
+    std::vector<JournalRecord> records;
+    std::size_t count{};
+    /** Offset in the file just past the entry's frame */
+    std::size_t end{};
+};
+
+/** Builds the bytes of one step entry */
+class JournalStep {
+    public:
+        explicit JournalStep(Containers::StringView label);
+
+        /** Adds a change of @p path (without its terminating zero) to @p value; null removes */
+        void add(Containers::StringView path, const rapidjson::Value* value);
+
+        /** The entry, to be framed by @ref journalFrame() */
+        std::string finish();
+
+    private:
+        std::string _payload;
+        std::size_t _countAt;
+        std::uint32_t _count{};
+};
+
+/** The bytes of an undo or a redo entry of @p count steps, to be framed by @ref journalFrame() */
+std::string journalTravel(JournalEntryKind kind, std::size_t count);
+
+/** The entries @p entries, one after another, as one frame with its length and checksum: they are read back all or none */
+std::string journalFrame(const std::string& entries);
+
+/** What a journal file holds */
+struct JournalContents {
+    /** The project file the entries start from */
+    FileStamp base;
+    std::vector<JournalEntry> entries;
+    /** Length of the readable part; what follows is a torn or corrupt tail */
+    std::size_t validSize{};
+    /** Length of the file */
+    std::size_t fileSize{};
+};
+
+/**
+@brief Reads the journal at @p path
+
+False with @p error set when there is none or its start can't be read. A
+torn or corrupt entry ends the readable part: neither it nor anything after
+it is in @ref JournalContents::entries.
+*/
+bool readJournal(Containers::StringView path, JournalContents& contents, std::string& error);
+
+/**
+@brief Appends entries to a journal, each one durable before the call returns
+
+The file is made at the first entry and starts with the stamp of the project
+file the entries apply to.
+*/
+class JournalWriter {
+    public:
+        JournalWriter() = default;
+        JournalWriter(const JournalWriter&) = delete;
+        JournalWriter& operator=(const JournalWriter&) = delete;
+        ~JournalWriter();
+
+        /** Whether a file is open */
+        bool isOpen() const { return _fd >= 0; }
+
+        /** Starts the journal at @p path afresh for entries on the file @p base */
+        bool create(const std::string& path, const FileStamp& base, std::string& error);
+
+        /** Continues the journal at @p path, dropping what follows its first @p size bytes */
+        bool resume(const std::string& path, std::size_t size, std::string& error);
+
+        /**
+         * @brief Appends the frame @p frame, flushed and synced
+         *
+         * On failure takes back whatever part of it was written, so that
+         * the next frame still follows a whole one.
+         */
+        bool append(Containers::StringView frame, std::string& error);
+
+        /** Closes the file, leaving it */
+        void close();
+
+    private:
+        int _fd{-1};
+        std::size_t _size{};
+};
+
+}
+
+#endif
