@@ -193,11 +193,11 @@ bool JournalWriter::create(const std::string& path, const FileStamp& base, std::
     putNumber(payload, base.exists, 1);
     putNumber(payload, base.size, 8);
     putNumber(payload, base.hash, 8);
-    const std::string start = std::string{Magic, MagicSize} + framed(payload);
-    if(append({start.data(), start.size()}, error)) return true;
-    close();
-    ::unlink(path.data());
-    return false;
+    _start = std::string{Magic, MagicSize} + framed(payload);
+    /* A new file is there for good only once its folder is synced */
+    const std::size_t slash = path.rfind('/');
+    _syncer = std::thread{&JournalWriter::syncLoop, this, slash == std::string::npos ? std::string{"."} : path.substr(0, slash + 1)};
+    return true;
 }
 
 bool JournalWriter::resume(const std::string& path, const std::size_t size, std::string& error) {
@@ -209,10 +209,17 @@ bool JournalWriter::resume(const std::string& path, const std::size_t size, std:
         return false;
     }
     _size = size;
+    _syncer = std::thread{&JournalWriter::syncLoop, this, std::string{}};
     return true;
 }
 
-bool JournalWriter::append(const Containers::StringView entry, std::string& error) {
+bool JournalWriter::append(Containers::StringView entry, std::string& error) {
+    /* The start and the first frame in one write */
+    std::string first;
+    if(!_start.empty()) {
+        first = _start + std::string{entry.data(), entry.size()};
+        entry = {first.data(), first.size()};
+    }
     for(std::size_t written = 0; written < entry.size(); ) {
         const ssize_t count = ::write(_fd, entry.data() + written, entry.size() - written);
         if(count < 0 && errno == EINTR) continue;
@@ -224,16 +231,60 @@ bool JournalWriter::append(const Containers::StringView entry, std::string& erro
         }
         written += std::size_t(count);
     }
-    /* Whole in the file, if not surely on the disk */
     _size += entry.size();
-    if(::fdatasync(_fd) == 0) return true;
-    error = std::strerror(errno);
+    _start.clear();
+    std::lock_guard<std::mutex> lock{_mutex};
+    ++_appended;
+    _wake.notify_one();
+    if(_syncError.empty()) return true;
+    error = "syncing it failed: " + _syncError;
+    _syncError.clear();
     return false;
 }
 
+void JournalWriter::syncLoop(std::string folder) {
+    std::unique_lock<std::mutex> lock{_mutex};
+    for(;;) {
+        _wake.wait(lock, [this] { return _stop || _appended != _syncedCount; });
+        if(_appended == _syncedCount) return;
+        const std::size_t target = _appended;
+        lock.unlock();
+        int failed = ::fdatasync(_fd) != 0 ? errno : 0;
+        if(!failed && !folder.empty()) {
+            const int fd = ::open(folder.data(), O_RDONLY|O_DIRECTORY|O_CLOEXEC);
+            if(fd >= 0) {
+                if(::fsync(fd) != 0) failed = errno;
+                ::close(fd);
+            }
+            folder.clear();
+        }
+        lock.lock();
+        _syncedCount = target;
+        if(failed) _syncError = std::strerror(failed);
+        _synced.notify_all();
+    }
+}
+
+void JournalWriter::flush() {
+    std::unique_lock<std::mutex> lock{_mutex};
+    _synced.wait(lock, [this] { return !_syncer.joinable() || _syncedCount == _appended; });
+}
+
 void JournalWriter::close() {
+    if(_syncer.joinable()) {
+        {
+            std::lock_guard<std::mutex> lock{_mutex};
+            _stop = true;
+            _wake.notify_one();
+        }
+        _syncer.join();
+    }
     if(_fd >= 0) ::close(_fd);
     _fd = -1;
+    _start.clear();
+    _appended = _syncedCount = 0;
+    _stop = false;
+    _syncError.clear();
 }
 
 }

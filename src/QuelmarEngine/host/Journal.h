@@ -6,8 +6,11 @@
    torn one recognisable. */
 
 #include <cstddef>
+#include <condition_variable>
 #include <cstdint>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 #include <Corrade/Containers/StringView.h>
 #include <rapidjson/document.h>
@@ -87,10 +90,13 @@ it is in @ref JournalContents::entries.
 bool readJournal(Containers::StringView path, JournalContents& contents, std::string& error);
 
 /**
-@brief Appends entries to a journal, each one durable before the call returns
+@brief Appends entries to a journal
 
-The file is made at the first entry and starts with the stamp of the project
-file the entries apply to.
+Each frame is in the file when @ref append() returns, where it outlives the
+process whatever ends it. Syncing it to the disk, which may take milliseconds,
+happens on a thread of the writer's own, one sync for whatever was appended
+since the last, so that a step never waits for the disk. The file starts with
+the stamp of the project file the entries apply to.
 */
 class JournalWriter {
     public:
@@ -102,26 +108,40 @@ class JournalWriter {
         /** Whether a file is open */
         bool isOpen() const { return _fd >= 0; }
 
-        /** Starts the journal at @p path afresh for entries on the file @p base */
+        /** Starts the journal at @p path afresh for entries on the file @p base; the first @ref append() writes it */
         bool create(const std::string& path, const FileStamp& base, std::string& error);
 
         /** Continues the journal at @p path, dropping what follows its first @p size bytes */
         bool resume(const std::string& path, std::size_t size, std::string& error);
 
         /**
-         * @brief Appends the frame @p frame, flushed and synced
+         * @brief Writes the frame @p frame and has it synced
          *
          * On failure takes back whatever part of it was written, so that
-         * the next frame still follows a whole one.
+         * the next frame still follows a whole one. A sync of earlier frames
+         * that failed is reported here too.
          */
         bool append(Containers::StringView frame, std::string& error);
 
-        /** Closes the file, leaving it */
+        /** Waits until everything appended is on the disk */
+        void flush();
+
+        /** Waits for the sync and closes the file, leaving it */
         void close();
 
     private:
+        void syncLoop(std::string folder);
+
         int _fd{-1};
         std::size_t _size{};
+        /* The magic and the stamp, written with the first frame */
+        std::string _start;
+        std::thread _syncer;
+        std::mutex _mutex;
+        std::condition_variable _wake, _synced;
+        std::size_t _appended{}, _syncedCount{};
+        bool _stop{};
+        std::string _syncError;
 };
 
 }
