@@ -9,7 +9,6 @@
 #include <Corrade/Utility/Debug.h>
 
 #include "QuelmarEngine/ChangeManager.h"
-#include "QuelmarEngine/JsonReader.h"
 #include "QuelmarEngine/JsonPointer.h"
 
 namespace QuelmarEngine {
@@ -158,9 +157,9 @@ EditResult EditSession::replay(const JournalEntry& entry) {
     if(entry.kind == JournalEntryKind::Redo) return redo(entry.count);
     std::vector<rapidjson::Document> values(entry.records.size());
     for(std::size_t i = 0; i != values.size(); ++i) {
-        JsonParseError error;
-        if(entry.records[i].hasValue && !parseJson(values[i], {entry.records[i].json.data(), entry.records[i].json.size()}, error))
-            return EditResult::failure("the value for " + entry.records[i].path + " can't be read: " + std::string{error.reason.data()});
+        const std::string& bytes = entry.records[i].value;
+        if(entry.records[i].hasValue && !readJournalValue({bytes.data(), bytes.size()}, values[i]))
+            return EditResult::failure("the value for " + entry.records[i].path + " can't be read");
     }
     return step(entry.label, [&]{
         ChangeManager& manager = *_editor.changeManager;

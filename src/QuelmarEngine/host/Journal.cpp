@@ -5,7 +5,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "QuelmarEngine/JsonWriter.h"
+#include "QuelmarEngine/JsonReader.h"
 #include "QuelmarEngine/host/FileReading.h"
 
 namespace QuelmarEngine {
@@ -74,6 +74,80 @@ struct Cursor {
     }
 };
 
+/* A value in binary, numbers bit for bit: the tag, then what it needs */
+void putValue(std::string& out, const rapidjson::Value& value) {
+    if(value.IsNull()) out += 'n';
+    else if(value.IsBool()) out += value.GetBool() ? 't' : 'f';
+    else if(value.IsInt64()) {
+        out += 'i';
+        putNumber(out, std::uint64_t(value.GetInt64()), 8);
+    } else if(value.IsUint64()) {
+        out += 'u';
+        putNumber(out, value.GetUint64(), 8);
+    } else if(value.IsDouble()) {
+        out += 'd';
+        const double number = value.GetDouble();
+        std::uint64_t bits;
+        std::memcpy(&bits, &number, 8);
+        putNumber(out, bits, 8);
+    } else if(value.IsString()) {
+        out += 's';
+        putText(out, {value.GetString(), value.GetStringLength()});
+    } else if(value.IsArray()) {
+        out += 'a';
+        putNumber(out, value.Size(), 4);
+        for(const rapidjson::Value& element: value.GetArray()) putValue(out, element);
+    } else {
+        out += 'o';
+        putNumber(out, value.MemberCount(), 4);
+        for(const auto& member: value.GetObject()) {
+            putText(out, {member.name.GetString(), member.name.GetStringLength()});
+            putValue(out, member.value);
+        }
+    }
+}
+
+bool readValue(Cursor& in, rapidjson::Value& value, rapidjson::Document::AllocatorType& allocator, const unsigned depth) {
+    std::uint64_t tag, number;
+    std::string text;
+    if(!depth || !in.number(tag, 1)) return false;
+    switch(char(tag)) {
+        case 'n': value.SetNull(); return true;
+        case 't': value.SetBool(true); return true;
+        case 'f': value.SetBool(false); return true;
+        case 'i': if(!in.number(number, 8)) return false; value.SetInt64(std::int64_t(number)); return true;
+        case 'u': if(!in.number(number, 8)) return false; value.SetUint64(number); return true;
+        case 'd': {
+            if(!in.number(number, 8)) return false;
+            double d;
+            std::memcpy(&d, &number, 8);
+            value.SetDouble(d);
+            return true;
+        }
+        case 's': if(!in.text(text)) return false; value.SetString(text.data(), rapidjson::SizeType(text.size()), allocator); return true;
+        case 'a':
+            if(!in.number(number, 4)) return false;
+            value.SetArray();
+            for(std::uint64_t i = 0; i != number; ++i) {
+                rapidjson::Value element;
+                if(!readValue(in, element, allocator, depth - 1)) return false;
+                value.PushBack(element, allocator);
+            }
+            return true;
+        case 'o':
+            if(!in.number(number, 4)) return false;
+            value.SetObject();
+            for(std::uint64_t i = 0; i != number; ++i) {
+                rapidjson::Value name, member;
+                if(!in.text(text) || !readValue(in, member, allocator, depth - 1)) return false;
+                name.SetString(text.data(), rapidjson::SizeType(text.size()), allocator);
+                value.AddMember(name, member, allocator);
+            }
+            return true;
+    }
+    return false;
+}
+
 bool decodeBase(Cursor& in, FileStamp& base) {
     std::uint64_t exists, size;
     if(!in.number(exists, 1) || !in.number(size, 8) || !in.number(base.hash, 8)) return false;
@@ -94,11 +168,16 @@ bool decodeEntry(Cursor& in, JournalEntry& entry) {
         std::uint64_t hasValue;
         if(!in.text(record.path) || !in.number(hasValue, 1) || hasValue > 1) return false;
         record.hasValue = hasValue;
-        if(hasValue && !in.text(record.json)) return false;
+        if(hasValue && !in.text(record.value)) return false;
     }
     return !entry.records.empty();
 }
 
+}
+
+bool readJournalValue(const Containers::StringView bytes, rapidjson::Document& value) {
+    Cursor in{bytes.data(), bytes.size()};
+    return readValue(in, value, value.GetAllocator(), JsonMaxDepth) && in.at == in.size;
 }
 
 std::string journalPathFor(const Containers::StringView path) {
@@ -119,8 +198,13 @@ void JournalStep::add(const Containers::StringView path, const rapidjson::Value*
     putText(_payload, path);
     _payload += char(value ? 1 : 0);
     if(value) {
-        const std::string json = writeJson(*value);
-        putText(_payload, {json.data(), json.size()});
+        /* Its length first, so that reading the entry needn't decode it */
+        const std::size_t at = _payload.size();
+        putNumber(_payload, 0, 4);
+        putValue(_payload, *value);
+        std::string length;
+        putNumber(length, _payload.size() - at - 4, 4);
+        _payload.replace(at, 4, length);
     }
     ++_count;
 }

@@ -22,12 +22,20 @@ namespace QuelmarEngine {
 /** Where the journal of the project file @p path lives: `.NAME.journal` beside it */
 std::string journalPathFor(Containers::StringView path);
 
-/** One change of a journalled step: the path and the new value's JSON text, or no value for a removal */
+/** One change of a journalled step: the path and the new value in the journal's binary form, or no value for a removal */
 struct JournalRecord {
     std::string path;
     bool hasValue;
-    std::string json;
+    std::string value;
 };
+
+/**
+@brief Reads a value that a journal holds into @p value
+
+Every number comes back bit for bit and as the same kind of number. False
+for bytes that aren't a value or nest deeper than @ref JsonMaxDepth.
+*/
+bool readJournalValue(Containers::StringView bytes, rapidjson::Document& value);
 
 /** What an entry of the journal does */
 enum class JournalEntryKind: char {
