@@ -3,7 +3,6 @@
 #include "Completion.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "Command.h"
 #include "Input.h"

@@ -179,12 +179,14 @@ Corrade::Containers::Pointer<LineEditor> LineEditor::create(Program& program) {
     ::el_set(editLine, EL_PROMPT, prompt);
     ::el_set(editLine, EL_HIST, ::history, state.history);
     ::el_set(editLine, EL_GETCFN, readCharacter);
-    ::el_set(editLine, EL_ADDFN, "quelmar-complete", "complete the word", +[](EditLine* const editLine, int) -> unsigned char {
+    /* The wide form keeps these names as they are; the narrow one copies
+       them and never frees the copies */
+    ::el_wset(editLine, EL_ADDFN, L"quelmar-complete", L"complete the word", +[](EditLine* const editLine, int) -> unsigned char {
         void* state;
         ::el_get(editLine, EL_CLIENTDATA, &state);
         return static_cast<State*>(state)->completeWord();
     });
-    ::el_set(editLine, EL_ADDFN, "quelmar-cancel", "cancel the line", +[](EditLine* const editLine, int) -> unsigned char {
+    ::el_wset(editLine, EL_ADDFN, L"quelmar-cancel", L"cancel the line", +[](EditLine* const editLine, int) -> unsigned char {
         void* state;
         ::el_get(editLine, EL_CLIENTDATA, &state);
         static_cast<State*>(state)->cancelled = true;
