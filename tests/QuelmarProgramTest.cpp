@@ -485,7 +485,7 @@ TEST_F(QuelmarProgramTest, TerminalSessions) {
     }
 
     /* Commands from a pipe are a script, which SIGTERM ends once the command under way is done */
-    const int status = std::system(("cd " + shellQuoted(dir) + " && rm -f .stdout .pid && { echo 'add Crate'; while [ ! -s .stdout ]; do sleep 0.05; done; "
+    const int status = std::system(("cd " + shellQuoted(dir) + " && rm -f .stdout .pid && { echo 'add Crate'; i=0; while [ ! -s .stdout ] && [ $i -lt 1200 ]; do sleep 0.05; i=$((i+1)); done; "
         "kill -TERM $(cat .pid); } | sh -c 'echo $$ >.pid; exec \"$0\" scene.json' " + shellQuoted(binary) + " >.stdout 2>.stderr").data());
     const Outcome script = outcome(status);
     EXPECT_EQ(script.status, 128 + SIGTERM);
