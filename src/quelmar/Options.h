@@ -12,10 +12,12 @@ struct Options {
     /** Text of -c, commands separated by semicolons */
     std::string commands;
     bool hasCommands{};
-    /** File of -s, one command a line */
+    /** File of -s, one command a line; "-" for standard input */
     std::string script;
     /** Whether to keep a recovery journal beside the project */
     bool journal{true};
+    /** Show every command before its output */
+    bool echo{};
     bool help{};
     bool version{};
 };

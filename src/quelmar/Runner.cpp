@@ -84,12 +84,16 @@ bool runLine(Program& program, const std::string& line) {
     return parseArguments(program, *command, line, words, arguments) && command->run(program, arguments);
 }
 
-int finish(Program& program) {
+std::string unsavedChangesFate(const Program& program) {
     const EditSession& session = program.session;
-    if(session.isSaved()) return 0;
     if(session.journalEntryCount() && !session.isReadOnly())
-        program.fail(unsavedChangesText(program) + "; the journal " + session.journalPath() + " keeps them for recover");
-    else program.fail(unsavedChangesText(program) + "; they are lost");
+        return "; the journal " + session.journalPath() + " keeps them for recover";
+    return "; they are lost";
+}
+
+int finish(Program& program) {
+    if(program.session.isSaved()) return 0;
+    program.fail(unsavedChangesText(program) + unsavedChangesFate(program));
     return 1;
 }
 
