@@ -493,6 +493,12 @@ TEST_F(QuelmarProgramTest, TerminalSessions) {
     const Outcome script = outcome(status);
     EXPECT_EQ(script.status, 128 + SIGTERM);
     EXPECT_EQ(script.err, "error: stopped by SIGTERM; there are unsaved changes (1 step: add Crate); the journal .scene.json.journal keeps them for recover\n");
+    /* Which the next session is offered */
+    const Outcome recovered = run("scene.json -c 'recover; status; quit!'");
+    EXPECT_EQ(recovered.err, "warning: the journal .scene.json.journal holds 1 entry of unsaved work from a session that ended without saving; "
+        "the project is read-only until it is recovered or discarded\nwarning: recover replays the journal, discard-journal drops it\n");
+    EXPECT_EQ(recovered.out, "replayed 1 entry: 1 step to undo, 0 to redo\nfile: scene.json\n"
+        "objects: 10 in the scene\nselected: 0\nhistory: 1 step to undo, 0 to redo (2 of 2 changes applied)\nunsaved changes\njournal: .scene.json.journal, 1 entry\n");
 }
 
 /* A save keeps the file's layout: an edit of one line changes that line,
