@@ -345,13 +345,7 @@ void JournalWriter::syncLoop(std::string folder) {
         lock.lock();
         _syncedCount = target;
         if(failed) _syncError = std::strerror(failed);
-        _synced.notify_all();
     }
-}
-
-void JournalWriter::flush() {
-    std::unique_lock<std::mutex> lock{_mutex};
-    _synced.wait(lock, [this] { return !_syncer.joinable() || _syncedCount == _appended; });
 }
 
 void JournalWriter::close() {

@@ -131,9 +131,6 @@ class JournalWriter {
          */
         bool append(Containers::StringView frame, std::string& error);
 
-        /** Waits until everything appended is on the disk */
-        void flush();
-
         /** Waits for the sync and closes the file, leaving it */
         void close();
 
@@ -146,7 +143,7 @@ class JournalWriter {
         std::string _start;
         std::thread _syncer;
         std::mutex _mutex;
-        std::condition_variable _wake, _synced;
+        std::condition_variable _wake;
         std::size_t _appended{}, _syncedCount{};
         bool _stop{};
         std::string _syncError;
