@@ -21,10 +21,6 @@ TEST(DebugTest, SpacingFlagsAndNewlines) {
     Debug{&out};
     Debug{&out} << "" << "empty counts";
     EXPECT_EQ(out.str(), "a 1 view true\naview1false\nno newline| empty counts\n");
-
-    EXPECT_EQ(unsigned(Debug::Flag::NoNewlineAtTheEnd), 1u);
-    EXPECT_EQ(unsigned(Debug::Flag::DisableColors), 2u);
-    EXPECT_EQ(unsigned(Debug::Flag::NoSpace), 4u);
 }
 
 TEST(DebugTest, NestedAndPerClassRedirection) {
