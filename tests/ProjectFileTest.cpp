@@ -116,8 +116,8 @@ TEST(ProjectFileTest, Accessors) {
     EXPECT_FALSE(project.resourceByName(Containers::String{"skins"}, Containers::String{"A"}));
 }
 
-/* A host may replace the document or edit it directly; lookups in an indexed
-   map stay right and never read freed memory */
+/* A host may replace the document or rename a member in place; lookups in
+   an indexed map stay right and never read freed memory */
 TEST(ProjectFileTest, DirectEditsOfTheDocument) {
     auto text = [](const char* prefix) {
         std::string json = "{\"objects\":{";
@@ -141,17 +141,9 @@ TEST(ProjectFileTest, DirectEditsOfTheDocument) {
     EXPECT_EQ(name(project, "/objects/k150/name"), "(none)");
     EXPECT_EQ(name(project, "/objects/j150/name"), "150");
 
-    /* A member taken from the middle and another one appended: as many
-       members as before, in the same array */
+    /* A member renamed in place takes the documented call; members taken
+       out and added behind the index's back are MemberIndexTest's */
     rapidjson::Value& objects = (*project.document)["objects"];
-    objects.EraseMember(objects.MemberBegin() + 5);
-    objects.AddMember("k5", rapidjson::Value{rapidjson::kObjectType}.AddMember("name", "new", project.allocator()), project.allocator());
-    EXPECT_EQ(name(project, "/objects/j150/name"), "150");
-    EXPECT_EQ(name(project, "/objects/j5/name"), "(none)");
-    EXPECT_EQ(name(project, "/objects/k5/name"), "new");
-    EXPECT_TRUE(project.findMember(objects, "j199"));
-
-    /* A member renamed in place takes the documented call */
     objects.MemberBegin()->name.SetString("renamed", project.allocator());
     project.documentChanged();
     EXPECT_EQ(name(project, "/objects/renamed/name"), "0");
