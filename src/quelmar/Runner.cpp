@@ -81,7 +81,11 @@ bool runLine(Program& program, const std::string& line) {
     }
 
     Arguments arguments;
-    return parseArguments(program, *command, line, words, arguments) && command->run(program, arguments);
+    const bool succeeded = parseArguments(program, *command, line, words, arguments) && command->run(program, arguments);
+    /* Between commands no step is open and nothing holds a value of the
+       document, which makes it the moment to give back what the pool wasted */
+    program.session.compactIfWasteful();
+    return succeeded;
 }
 
 int finish(Program& program) {

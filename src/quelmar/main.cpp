@@ -72,6 +72,7 @@ int main(int argc, char** argv) {
     }
 
     Program program;
+    if(options.hasHistoryLimit) program.session.setHistoryBudget(options.historyLimit);
     if(!options.project.empty() && !program.report(program.session.open(view(options.project)))) return 1;
 
     if(options.hasCommands) return runAll(program, splitCommands(options.commands), {});
