@@ -54,14 +54,16 @@ int main(int argc, char** argv) {
 
     EditSession session;
     const std::string text = QuelmarBenchmark::projectText(objects);
+    const auto load = std::chrono::steady_clock::now();
     if(!check(session.openText({text.data(), text.size()}))) return 1;
+    const double loadTime = millisecondsSince(load);
     std::vector<std::string> keys;
     for(std::size_t i = 0; i != batch; ++i) keys.push_back(QuelmarBenchmark::objectKey(i));
     std::vector<Containers::StringView> references;
     for(const std::string& key: keys) references.emplace_back(key.data(), key.size());
     std::printf("%zu objects, %zu cycles of duplicating and undoing %zu, %s\n", objects, cycles, batch,
         compaction ? "compacting when wasteful between commands" : "never compacting");
-    std::printf("after the load: VmRSS %zu kB, pool %zu kB\n", residentKilobytes(), session.poolSize()/1024);
+    std::printf("after the load (%.0f ms): VmRSS %zu kB, pool %zu kB\n", loadTime, residentKilobytes(), session.poolSize()/1024);
 
     std::size_t compactions = 0;
     double compactionTime = 0.0, longest = 0.0;

@@ -4,6 +4,10 @@
 
 #include "QuelmarEngine/ChangeManager.h"
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 namespace QuelmarEngine {
 
 void EditSession::setHistoryBudget(const std::size_t bytes) {
@@ -38,6 +42,11 @@ std::size_t EditSession::poolWaste() const {
 void EditSession::compact() {
     expectHistoryInStep("EditSession::compact():");
     _editor.changeManager->compactPool();
+#ifdef __GLIBC__
+    /* The old pool's chunks are too small for the C library to give back to
+       the system on its own; without this the process stays as large */
+    malloc_trim(0);
+#endif
     const std::size_t size = poolSize();
     _poolBaseline = size > _history.byteCount() ? size - _history.byteCount() : 0;
 }
