@@ -1,6 +1,7 @@
 /* Resident memory of an edit session after many duplicate-and-undo cycles,
-   with and without moving the document into a fresh pool between commands,
-   and what one such compaction costs. Prints the figures; asserts nothing. */
+   with and without moving the document into a fresh pool between commands
+   (the old pool's memory reused or released to the system), and what one
+   such compaction costs. Prints the figures; asserts nothing. */
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -39,14 +40,16 @@ bool check(const EditResult& result) {
 int main(int argc, char** argv) {
     std::size_t objects = 50000, cycles = 1000, batch = 1000;
     bool compaction = true;
+    FreedMemory freed = FreedMemory::Reuse;
     for(int i = 1; i < argc; ++i) {
         const std::string argument = argv[i];
         if(argument == "--no-compaction") compaction = false;
+        else if(argument == "--release") freed = FreedMemory::Release;
         else if(i + 1 < argc && (argument == "--objects" || argument == "--cycles" || argument == "--batch")) {
             const std::size_t value = std::strtoull(argv[++i], nullptr, 10);
             (argument == "--objects" ? objects : argument == "--cycles" ? cycles : batch) = value;
         } else {
-            std::fprintf(stderr, "usage: %s [--objects N] [--cycles N] [--batch N] [--no-compaction]\n", argv[0]);
+            std::fprintf(stderr, "usage: %s [--objects N] [--cycles N] [--batch N] [--no-compaction | --release]\n", argv[0]);
             return 2;
         }
     }
@@ -62,7 +65,8 @@ int main(int argc, char** argv) {
     std::vector<Containers::StringView> references;
     for(const std::string& key: keys) references.emplace_back(key.data(), key.size());
     std::printf("%zu objects, %zu cycles of duplicating and undoing %zu, %s\n", objects, cycles, batch,
-        compaction ? "compacting when wasteful between commands" : "never compacting");
+        !compaction ? "never compacting" : freed == FreedMemory::Release ?
+            "compacting when wasteful between commands, releasing the memory" : "compacting when wasteful between commands");
     std::printf("after the load (%.0f ms): VmRSS %zu kB, pool %zu kB\n", loadTime, residentKilobytes(), session.poolSize()/1024);
 
     std::size_t compactions = 0;
@@ -70,7 +74,7 @@ int main(int argc, char** argv) {
     const auto betweenCommands = [&] {
         if(!compaction) return;
         const auto start = std::chrono::steady_clock::now();
-        if(!session.compactIfWasteful()) return;
+        if(!session.compactIfWasteful(freed)) return;
         const double time = millisecondsSince(start);
         ++compactions;
         compactionTime += time;
@@ -90,7 +94,7 @@ int main(int argc, char** argv) {
         compactions, compactionTime/compactions, longest);
 
     const auto once = std::chrono::steady_clock::now();
-    session.compact();
+    session.compact(freed);
     std::printf("one compaction now: %.1f ms; then VmRSS %zu kB, pool %zu kB\n",
         millisecondsSince(once), residentKilobytes(), session.poolSize()/1024);
     return 0;

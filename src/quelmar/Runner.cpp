@@ -83,7 +83,8 @@ bool runLine(Program& program, const std::string& line) {
     Arguments arguments;
     const bool succeeded = parseArguments(program, *command, line, words, arguments) && command->run(program, arguments);
     /* Between commands no step is open and nothing holds a value of the
-       document, which makes it the moment to give back what the pool wasted */
+       document: the moment to move what is live into a fresh pool, the old
+       one's memory going to the commands that follow */
     program.session.compactIfWasteful();
     return succeeded;
 }

@@ -57,6 +57,20 @@ enum class TransformAmount: unsigned char {
     By
 };
 
+/** What compaction does with the memory of the pool it leaves */
+enum class FreedMemory: unsigned char {
+    /**
+     * Left to the C library for what the process allocates next: cheap, and
+     * the process stays at the size it peaked at
+     */
+    Reuse,
+    /**
+     * Given back to the system: the process shrinks to what is live, and
+     * what it allocates next costs page faults again
+     */
+    Release
+};
+
 /** Where an object is */
 struct ObjectPlacement {
     /** In its parent's space, as its "transformation" says */
@@ -232,7 +246,7 @@ class EditSession {
          * editor's document) are left dangling; names from
          * @ref objectName() stay valid. Expects not to run inside a step.
          */
-        void compact();
+        void compact(FreedMemory freed = FreedMemory::Reuse);
 
         /**
          * @brief Compacts when the waste passes half of what is live
@@ -240,7 +254,7 @@ class EditSession {
          * For a host to call at a moment of its choosing, such as after a
          * save or while idle between commands. Returns whether it compacted.
          */
-        bool compactIfWasteful();
+        bool compactIfWasteful(FreedMemory freed = FreedMemory::Reuse);
 
         /** @} */
 

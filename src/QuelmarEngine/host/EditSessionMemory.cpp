@@ -39,22 +39,24 @@ std::size_t EditSession::poolWaste() const {
     return size > live ? size - live : 0;
 }
 
-void EditSession::compact() {
+void EditSession::compact(const FreedMemory freed) {
     expectHistoryInStep("EditSession::compact():");
     _editor.changeManager->compactPool();
 #ifdef __GLIBC__
     /* The old pool's chunks are too small for the C library to give back to
-       the system on its own; without this the process stays as large */
-    malloc_trim(0);
+       the system on its own */
+    if(freed == FreedMemory::Release) malloc_trim(0);
+#else
+    static_cast<void>(freed);
 #endif
     const std::size_t size = poolSize();
     _poolBaseline = size > _history.byteCount() ? size - _history.byteCount() : 0;
 }
 
-bool EditSession::compactIfWasteful() {
+bool EditSession::compactIfWasteful(const FreedMemory freed) {
     const std::size_t waste = poolWaste();
     if(waste <= (poolSize() - waste)/2) return false;
-    compact();
+    compact(freed);
     return true;
 }
 
