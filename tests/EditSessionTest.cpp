@@ -312,6 +312,10 @@ TEST_F(EditSessionDeathTest, MisusedHistoryIsFatal) {
         session.editor().changeManager->beginGroup();
         return EditResult{};
     })), Eq("EditSession::step(): the action left a change group open\n"));
+    EXPECT_DEATH(static_cast<void>(session.step("compact", [this] {
+        session.compact();
+        return EditResult{};
+    })), Eq("EditSession::compact(): can't run inside a step\n"));
 }
 
 /* Past the budget the oldest steps go whole, the newest always stays, and
@@ -373,7 +377,7 @@ TEST_F(EditSessionTest, CompactionKeepsEverything) {
 
     const std::string names = join(session.findByName("*").keys()), selected = join(session.selection());
     const std::size_t pool = session.poolSize();
-    EXPECT_TRUE(session.compactIfWasteful());
+    EXPECT_TRUE(session.compactIfWasteful(FreedMemory::Release));
     EXPECT_LT(session.poolSize() + 40000, pool);
     EXPECT_FALSE(session.compactIfWasteful());
     EXPECT_EQ(json(), states[4]);
