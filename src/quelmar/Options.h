@@ -13,11 +13,13 @@ struct Options {
     /** Text of -c, commands separated by semicolons */
     std::string commands;
     bool hasCommands{};
-    /** File of -s, one command a line */
+    /** File of -s, one command a line; "-" for standard input */
     std::string script;
     /** Bytes the history may keep, from --history-limit in megabytes */
     std::size_t historyLimit{};
     bool hasHistoryLimit{};
+    /** Show every command before its output */
+    bool echo{};
     bool help{};
     bool version{};
 };
