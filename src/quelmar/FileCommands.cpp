@@ -13,6 +13,9 @@ bool runSave(Program& program, const Arguments& arguments) {
         return program.fail("the project has no file yet; give one: save PATH");
     if(!program.report(arguments.positional.empty() ? session.save() : session.saveAs(view(arguments.positional[0])))) return false;
     std::cout << "saved " << session.path() << std::endl;
+    /* A pause after a save is expected: the moment to give what the pool
+       wasted back to the system, not only to the next allocations */
+    session.compactIfWasteful(QuelmarEngine::FreedMemory::Release);
     return true;
 }
 

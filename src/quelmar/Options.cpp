@@ -3,13 +3,31 @@
 
 namespace quelmar {
 
+namespace {
+
+/* Up to a million megabytes, which no machine has to spare */
+bool parseMegabytes(const std::string& text, std::size_t& bytes) {
+    if(text.empty() || text.size() > 7 || text.find_first_not_of("0123456789") != std::string::npos) return false;
+    bytes = std::size_t(std::stoul(text)) << 20;
+    return true;
+}
+
+}
+
 bool parseOptions(const int argc, const char* const* const argv, Options& options, std::string& error) {
     for(int i = 1; i < argc; ++i) {
         const std::string argument = argv[i];
         if(argument == "--help" || argument == "-h") options.help = true;
         else if(argument == "--version") options.version = true;
         else if(argument == "--echo") options.echo = true;
-        else if(argument == "-c" || argument == "-s") {
+        else if(argument == "--history-limit") {
+            if(i + 1 == argc || !parseMegabytes(argv[i + 1], options.historyLimit)) {
+                error = "--history-limit needs a whole number of megabytes";
+                return false;
+            }
+            options.hasHistoryLimit = true;
+            ++i;
+        } else if(argument == "-c" || argument == "-s") {
             if(i + 1 == argc) {
                 error = argument + " needs " + (argument == "-c" ? "commands" : "a script file");
                 return false;
@@ -54,6 +72,9 @@ const char* usageText() {
         "  -c COMMANDS  run these commands, separated by semicolons, and exit\n"
         "  -s SCRIPT    run the commands of SCRIPT (- for standard input) and exit\n"
         "  --echo       show each command, after \"> \", before its output\n"
+        "  --history-limit MB\n"
+        "               keep at most MB megabytes of undo history (default 256);\n"
+        "               past it the oldest steps are dropped\n"
         "  --help       show this text\n"
         "  --version    show the version\n"
         "\n"

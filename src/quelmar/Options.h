@@ -2,6 +2,7 @@
 #ifndef quelmar_Options_h
 #define quelmar_Options_h
 
+#include <cstddef>
 #include <string>
 
 namespace quelmar {
@@ -14,6 +15,9 @@ struct Options {
     bool hasCommands{};
     /** File of -s, one command a line; "-" for standard input */
     std::string script;
+    /** Bytes the history may keep, from --history-limit in megabytes */
+    std::size_t historyLimit{};
+    bool hasHistoryLimit{};
     /** Show every command before its output */
     bool echo{};
     bool help{};

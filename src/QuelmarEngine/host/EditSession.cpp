@@ -80,6 +80,7 @@ EditResult EditSession::load(const std::function<bool()>& loader, std::string pa
         return result;
     }
     _history.clear();
+    _poolBaseline = poolSize();
     _path = std::move(path);
     _isNew = isNew;
     /* The load dropped the change handlers */
@@ -143,6 +144,7 @@ EditResult EditSession::step(std::string label, const std::function<EditResult()
 
     ChangeManager& manager = *_editor.changeManager;
     const std::size_t first = std::size_t(manager.lastChangeIndex() + 1);
+    const std::size_t poolBefore = poolSize();
     EditResult result;
     capturing(result, [&]{
         ++_stepDepth;
@@ -155,7 +157,11 @@ EditResult EditSession::step(std::string label, const std::function<EditResult()
             /* Pushing dropped the undone steps */
             _history.dropUndone();
             joinIntoOneStep(first, end - 1);
-            if(outcome) _history.add(std::move(label), first, end - first);
+            if(outcome) {
+                const std::size_t poolAfter = poolSize();
+                _history.add(std::move(label), first, end - first, poolAfter > poolBefore ? poolAfter - poolBefore : 0);
+                keepWithinBudget();
+            }
             /* Nothing of a failed action stays; the history no longer leads
                to its records, so they can't be redone */
             else manager.undoLast();
