@@ -4,7 +4,7 @@ ASAN_BUILD ?= build-asan
 TSAN_BUILD ?= build-tsan
 JOBS ?= $(shell nproc)
 
-.PHONY: setup build test demo sanitize tsan bench bench-smoke clean
+.PHONY: setup build test demo sanitize tsan bench bench-smoke bench-memory clean
 
 setup:
 	@./scripts/setup
@@ -52,8 +52,16 @@ bench: setup
 # Every benchmark once at the smallest size, to show that they still run
 bench-smoke: setup
 	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DQUELMAR_BUILD_TESTS=OFF -DQUELMAR_BUILD_BENCHMARKS=ON
-	cmake --build $(BENCH_BUILD) -j $(JOBS) --target QuelmarBenchmark
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target QuelmarBenchmark QuelmarMemoryFigures
 	$(BENCH_BUILD)/bench/QuelmarBenchmark --smoke
+	$(BENCH_BUILD)/bench/QuelmarMemoryFigures --objects 2000 --cycles 20 --batch 100
+
+# Resident memory after 1,000 duplicate-and-undo cycles of 1,000 objects in a
+# 50,000-object project, compacting between commands, and the cost of a compaction
+bench-memory: setup
+	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DQUELMAR_BUILD_TESTS=OFF -DQUELMAR_BUILD_BENCHMARKS=ON
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target QuelmarMemoryFigures
+	$(BENCH_BUILD)/bench/QuelmarMemoryFigures $(BENCH_FLAGS)
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(BENCH_BUILD)

@@ -81,20 +81,6 @@ using ChangeManagerDeathTest = ChangeManagerTest;
 
 }
 
-TEST_F(ChangeManagerTest, DebugPrint) {
-    ASSERT_TRUE(project.loadFromString(R"({"objects":{"a":{"name":"A"}}})"));
-    changes.pushChange("/objects/a/name", "B", false);
-    /* An equal value is still a replacement, a missing path a creation */
-    changes.pushChange("/objects/a/name", "B", false);
-    changes.pushChange("/objects/b", rapidjson::Value{rapidjson::kObjectType}, false);
-    changes.pushRemoval("/objects/a");
-    changes.pushRemoval("/nothing");
-    std::ostringstream out;
-    for(std::size_t i = 0; i != 5; ++i) { Utility::Debug debug{&out}; debug << changes.change(i); }
-    EXPECT_EQ(out.str(), "Change /objects/a/name: \"A\" -> \"B\"\nChange /objects/a/name: \"B\" -> \"B\"\nCreate /objects/b: () -> {}\n"
-                         "Remove /objects/a: {\"name\":\"B\"} -> ()\nCreate /nothing: () -> ()\n");
-}
-
 TEST(ChangeManagerMergeTest, Merge) {
     /* "/p" pushes the next of 0, 1, 2... to /p, "=/p" merging */
     const struct {
@@ -226,6 +212,24 @@ TEST_F(ChangeManagerTest, SaveMark) {
     EXPECT_EQ(changes.savedChangeIndex(), 3);
     EXPECT_TRUE(changes.hasUnsavedChanges());
     EXPECT_TRUE(changes.isGroupOpen());
+    changes.commit();
+
+    /* Dropping the oldest records moves the mark down with them, to the
+       state before all for the newest dropped one, out of reach for older */
+    run(changes, "/x /y /z");
+    changes.undoLast();
+    changes.markSave();
+    changes.dropOldest(1);
+    EXPECT_EQ(paths(changes), "/y /z");
+    EXPECT_EQ(changes.savedChangeIndex(), 0);
+    changes.dropOldest(1);
+    EXPECT_EQ(changes.savedChangeIndex(), -1);
+    EXPECT_FALSE(changes.hasUnsavedChanges());
+    changes.redoLastUndo();
+    changes.dropOldest(1);
+    EXPECT_EQ(changes.savedChangeIndex(), ChangeManager::SavedStateDropped);
+    EXPECT_EQ(changes.changeCount(), 0u);
+    EXPECT_TRUE(changes.hasUnsavedChanges());
 }
 
 TEST_F(ChangeManagerTest, PushAppend) {
@@ -344,12 +348,15 @@ TEST_F(ChangeManagerDeathTest, FatalErrors) {
         {[&]{ none.undoLast(); }, "ChangeManager::undoLast(): no project file\n"},
         {[&]{ none.redoLastUndo(); }, "ChangeManager::redoLastUndo(): no project file\n"},
         {[&]{ none.allocator(); }, "ChangeManager::allocator(): no project file\n"},
+        {[&]{ none.compactPool(); }, "ChangeManager::compactPool(): no project file\n"},
+        {[&]{ changes.beginGroup(); changes.compactPool(); }, "ChangeManager::compactPool(): a group is open\n"},
+        {[&]{ changes.beginGroup(); changes.dropOldest(0); }, "ChangeManager::dropOldest(): a group is open\n"},
+        {[&]{ changes.pushChange("/a", value, false); changes.undoLast(); changes.dropOldest(1); }, "ChangeManager::dropOldest(): can't drop 1 records with only 0 applied\n"},
         {[&]{ changes.change(0); }, "ChangeManager::change(): index 0 out of range for 0 records\n"},
         {[&]{ changes.pushChange("a/b", value, false); }, "ChangeManager::pushChange(): invalid JSON pointer a/b\n"},
         {[&]{ Change change; change.path = pathArray("a"); changes.applyChange(change); }, "ChangeManager::applyChange(): invalid JSON pointer a\n"},
         {[&]{ changes.beginGroup(); changes.undoLast(); }, "ChangeManager::undoLast(): Can't undo/redo changes in group. Forgot commit()?\n"},
         {[&]{ changes.beginGroup(); changes.redoLastUndo(); }, "ChangeManager::redoLastUndo(): Can't undo/redo changes in group. Forgot commit()?\n"},
-        {[&]{ project.document = nullptr; changes.pushChange("/a", value, false); }, "Containers::Pointer: the pointer is null\n"},
     };
     for(const auto& row: rows) {
         SCOPED_TRACE(row.second);

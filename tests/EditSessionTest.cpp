@@ -312,4 +312,85 @@ TEST_F(EditSessionDeathTest, MisusedHistoryIsFatal) {
         session.editor().changeManager->beginGroup();
         return EditResult{};
     })), Eq("EditSession::step(): the action left a change group open\n"));
+    EXPECT_DEATH(static_cast<void>(session.step("compact", [this] {
+        session.compact();
+        return EditResult{};
+    })), Eq("EditSession::compact(): can't run inside a step\n"));
+}
+
+/* Past the budget the oldest steps go whole, the newest always stays, and
+   undo gives back exactly the states of the steps left */
+TEST_F(EditSessionTest, HistoryBudgetDropsTheOldestSteps) {
+    const std::string file = path("budget.json");
+    const std::string big = "\"" + std::string(4000, 'x') + "\"";
+    /* Saved after the second step, dropped with it; after the third, the
+       newest dropped, which becomes the oldest state; after the fifth */
+    for(const std::size_t savedAfter: {2, 3, 5}) {
+        SCOPED_TRACE(savedAfter);
+        open();
+        session.setHistoryBudget(1024);
+        std::vector<std::string> states{json()};
+        for(std::size_t i = 0; i != 6; ++i) {
+            ASSERT_TRUE(session.set(view("/materials/m/k" + std::to_string(i)), i < 3 ? view(big) : "1"));
+            EXPECT_GE(session.undoCount(), 1u);
+            states.push_back(json());
+            if(i + 1 == savedAfter) {
+                ASSERT_TRUE(session.saveAs(view(file)));
+            }
+        }
+        ASSERT_EQ(session.undoCount(), 3u);
+        EXPECT_EQ(session.history().steps()[0].label, "set /materials/m/k3 1");
+        EXPECT_EQ(session.history().savedPosition(), savedAfter == 2 ? EditHistory::NotInHistory : savedAfter - 3);
+        for(std::size_t i = 6; i != 3; --i) {
+            EXPECT_EQ(json(), states[i]);
+            EXPECT_EQ(session.isSaved(), i == savedAfter);
+            ASSERT_TRUE(session.undo());
+        }
+        EXPECT_EQ(json(), states[3]);
+        EXPECT_EQ(session.isSaved(), savedAfter == 3);
+        EXPECT_EQ(session.undo().message(), "there is nothing to undo");
+        ASSERT_TRUE(session.redo(3));
+        EXPECT_EQ(json(), states[6]);
+    }
+    std::remove(file.data());
+}
+
+/* Compaction leaves the document, the history both ways, the indices and
+   the scene as they were, in a smaller pool */
+TEST_F(EditSessionTest, CompactionKeepsEverything) {
+    open();
+    std::vector<std::string> states{json()};
+    const auto record = [&](const EditResult& result) {
+        ASSERT_TRUE(result);
+        states.push_back(json());
+    };
+    ASSERT_TRUE(select({"b"}));
+    record(session.duplicate(SelectionExtent::Trees));
+    record(session.renameObject("c", "Q"));
+    record(session.deleteResource("materials", "m"));
+    record(session.remove("/objects/a"));
+    /* An undone step replaced: its values are waste */
+    ASSERT_TRUE(session.set("/objects/z/name", view("\"" + std::string(20000, 'z') + "\"")));
+    ASSERT_TRUE(session.undo());
+    record(session.set("/skins/s/joints/-", "\"c\""));
+    ASSERT_TRUE(session.undo());
+
+    const std::string names = join(session.findByName("*").keys()), selected = join(session.selection());
+    const std::size_t pool = session.poolSize();
+    EXPECT_TRUE(session.compactIfWasteful(FreedMemory::Release));
+    EXPECT_LT(session.poolSize() + 40000, pool);
+    EXPECT_FALSE(session.compactIfWasteful());
+    EXPECT_EQ(json(), states[4]);
+    EXPECT_EQ(join(session.findByName("*").keys()), names);
+    EXPECT_EQ(join(session.selection()), selected);
+    EXPECT_EQ(join(session.findObjects("Q").keys()), "c");
+    EXPECT_EQ(join(session.findObjects("n2").keys()), "n2");
+    EXPECT_EQ(session.editor().data.project.resourceByName("objects", "Q"), session.value("/objects/c"));
+    ASSERT_TRUE(session.redo());
+    EXPECT_EQ(json(), states[5]);
+    for(std::size_t i = 5; i != 0; --i) {
+        ASSERT_TRUE(session.undo());
+        EXPECT_EQ(json(), states[i - 1]);
+    }
+    EXPECT_EQ(session.findObjects("Q").message(), "there is no object Q");
 }

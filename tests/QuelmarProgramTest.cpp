@@ -182,6 +182,10 @@ TEST_F(QuelmarProgramTest, ExitStatusesAndEndsOfRuns) {
         {"a.json b.json", "", 2, "", "error: give at most one project file; see quelmar --help\n"},
         {"-c", "", 2, "", "error: -c needs commands; see quelmar --help\n"},
         {"-c tree -s demo.quelmar", "", 2, "", "error: give either -c or -s, once; see quelmar --help\n"},
+        {"--history-limit 1.5", "", 2, "", "error: --history-limit needs a whole number of megabytes; see quelmar --help\n"},
+        /* No room for history: only the newest step stays, the saved one is gone */
+        {"scene.json --history-limit 0 -c 'add A; save limited.json; add B; add C; history; quit!'", "", 0,
+            "K0001\nsaved limited.json\nK0002\nK0003\n2 changes in 1 step: 1 to undo, 0 to redo; the saved state is no longer in the history\n", ""},
         /* A file that isn't there yet is a new project, written at the first save */
         {"missing.json -c 'tree; status'", "", 0, "(root)\nfile: missing.json\n", ""},
         {"broken.json -c tree", "", 1, "", "error: can't load broken.json: invalid JSON at line 1, column 14: Invalid value.\n"},

@@ -160,8 +160,16 @@ class ChangeManager {
         /** Index of the newest applied record, -1 for none */
         int lastChangeIndex() const { return _lastChange; }
 
-        /** The value of @ref lastChangeIndex() at the last save, or -1 */
+        /**
+         * @brief The value of @ref lastChangeIndex() at the last save
+         *
+         * -1 for none, @ref SavedStateDropped once @ref dropOldest() dropped
+         * the records that led to it.
+         */
         int savedChangeIndex() const { return _savedChange; }
+
+        /** What @ref savedChangeIndex() gives when the saved state can't be reached */
+        static constexpr int SavedStateDropped = -2;
 
         /** Whether there is an applied record */
         bool canUndo() const { return _lastChange >= 0; }
@@ -206,6 +214,34 @@ class ChangeManager {
 
         /** Redoes the next undone record or group. Expects no open group. */
         void redoLastUndo();
+
+        /**
+         * @brief Forgets the oldest @p count records
+         *
+         * For a host that bounds the history: the document stays as it is,
+         * the state before the remaining records becomes the oldest one undo
+         * reaches, and record indices shift down by @p count. A saved state
+         * older than that can no longer be reached. Cuts through a group
+         * when asked to; the host picks whole groups. Expects no open group
+         * and at most @ref lastChangeIndex() + 1 records, as undone ones
+         * can't be forgotten from below applied ones. A manager that is never
+         * asked keeps every record, as its history only grows.
+         */
+        void dropOldest(std::size_t count);
+
+        /**
+         * @brief Moves the document and the history into a fresh pool
+         *
+         * The document's pool allocator never frees: every undone,
+         * overwritten or forgotten value stays in it. This copies the live
+         * document and the values the history keeps into a new pool and
+         * frees the old one, so that memory drops to what is live. The
+         * document object stays the same, undo and redo stay exact, the
+         * project's indices are told to rebuild; pointers into the old pool
+         * (values, member names, strings handed out before) are left
+         * dangling. Expects no open group.
+         */
+        void compactPool();
 
         /**
          * @brief Registers @p handler under @p key

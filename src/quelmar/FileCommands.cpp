@@ -20,6 +20,9 @@ bool save(Program& program, const Arguments& arguments, const QuelmarEngine::Dis
         return program.fail(result.message() + "; save! writes over it");
     if(!program.report(result)) return false;
     std::cout << "saved " << session.path() << std::endl;
+    /* A pause after a save is expected: the moment to give what the pool
+       wasted back to the system, not only to the next allocations */
+    session.compactIfWasteful(QuelmarEngine::FreedMemory::Release);
     return true;
 }
 

@@ -3,6 +3,17 @@
 
 namespace quelmar {
 
+namespace {
+
+/* Up to a million megabytes, which no machine has to spare */
+bool parseMegabytes(const std::string& text, std::size_t& bytes) {
+    if(text.empty() || text.size() > 7 || text.find_first_not_of("0123456789") != std::string::npos) return false;
+    bytes = std::size_t(std::stoul(text)) << 20;
+    return true;
+}
+
+}
+
 bool parseOptions(const int argc, const char* const* const argv, Options& options, std::string& error) {
     for(int i = 1; i < argc; ++i) {
         const std::string argument = argv[i];
@@ -10,7 +21,14 @@ bool parseOptions(const int argc, const char* const* const argv, Options& option
         else if(argument == "--version") options.version = true;
         else if(argument == "--no-journal") options.journal = false;
         else if(argument == "--echo") options.echo = true;
-        else if(argument == "-c" || argument == "-s") {
+        else if(argument == "--history-limit") {
+            if(i + 1 == argc || !parseMegabytes(argv[i + 1], options.historyLimit)) {
+                error = "--history-limit needs a whole number of megabytes";
+                return false;
+            }
+            options.hasHistoryLimit = true;
+            ++i;
+        } else if(argument == "-c" || argument == "-s") {
             if(i + 1 == argc) {
                 error = argument + " needs " + (argument == "-c" ? "commands" : "a script file");
                 return false;
@@ -45,7 +63,7 @@ bool parseOptions(const int argc, const char* const* const argv, Options& option
 
 const char* usageText() {
     return
-        "usage: quelmar [PROJECT.json] [-c \"COMMAND; COMMAND...\" | -s SCRIPT] [--echo] [--no-journal]\n"
+        "usage: quelmar [PROJECT.json] [-c \"COMMAND; COMMAND...\" | -s SCRIPT] [--echo] [--history-limit MB] [--no-journal]\n"
         "\n"
         "Opens PROJECT.json (a new one, written at the first save, when the file\n"
         "doesn't exist yet), or an empty project, and runs commands on it: those of\n"
@@ -56,6 +74,9 @@ const char* usageText() {
         "  -s SCRIPT    run the commands of SCRIPT (- for standard input) and exit\n"
         "  --echo       show each command, after \"> \", before its output\n"
         "  --no-journal keep no recovery journal beside the project\n"
+        "  --history-limit MB\n"
+        "               keep at most MB megabytes of undo history (default 256);\n"
+        "               past it the oldest steps are dropped\n"
         "  --help       show this text\n"
         "  --version    show the version\n"
         "\n"

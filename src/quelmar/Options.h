@@ -2,6 +2,7 @@
 #ifndef quelmar_Options_h
 #define quelmar_Options_h
 
+#include <cstddef>
 #include <string>
 
 namespace quelmar {
@@ -16,6 +17,9 @@ struct Options {
     std::string script;
     /** Whether to keep a recovery journal beside the project */
     bool journal{true};
+    /** Bytes the history may keep, from --history-limit in megabytes */
+    std::size_t historyLimit{};
+    bool hasHistoryLimit{};
     /** Show every command before its output */
     bool echo{};
     bool help{};

@@ -81,7 +81,12 @@ bool runLine(Program& program, const std::string& line) {
     }
 
     Arguments arguments;
-    return parseArguments(program, *command, line, words, arguments) && command->run(program, arguments);
+    const bool succeeded = parseArguments(program, *command, line, words, arguments) && command->run(program, arguments);
+    /* Between commands no step is open and nothing holds a value of the
+       document: the moment to move what is live into a fresh pool, the old
+       one's memory going to the commands that follow */
+    program.session.compactIfWasteful();
+    return succeeded;
 }
 
 std::string unsavedChangesFate(const Program& program) {

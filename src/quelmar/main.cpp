@@ -55,6 +55,7 @@ int main(int argc, char** argv) {
     program.echo = options.echo;
     program.colourOut = wantsColour(1);
     program.colourErr = wantsColour(2);
+    if(options.hasHistoryLimit) program.session.setHistoryBudget(options.historyLimit);
     if(!options.project.empty() && !program.report(program.session.open(view(options.project)))) return 1;
     if(program.session.isReadOnly())
         std::cerr << "warning: recover replays the journal, discard-journal drops it" << std::endl;

@@ -24,6 +24,8 @@ struct EditStep {
     std::size_t firstRecord;
     /** Number of its change records, at least one */
     std::size_t recordCount;
+    /** Bytes of the document's pool that it took when it was made */
+    std::size_t byteCount;
 };
 
 /**
@@ -32,7 +34,8 @@ struct EditStep {
 Knows nothing of the change records themselves. The saved state is the serial
 of the newest applied step when the file was written (0 for the state before
 any step); since serials are never reused, a history truncated past that step
-can never compare equal to it again.
+can never compare equal to it again, and neither can one whose oldest steps
+were dropped past it.
 */
 class EditHistory {
     public:
@@ -43,7 +46,19 @@ class EditHistory {
         void clear();
 
         /** Appends a step at the position, dropping the steps after it */
-        void add(std::string label, std::size_t firstRecord, std::size_t recordCount);
+        void add(std::string label, std::size_t firstRecord, std::size_t recordCount, std::size_t byteCount = 0);
+
+        /**
+         * @brief Drops the oldest @p count steps
+         *
+         * Their state after them becomes the oldest one; the records of the
+         * remaining steps are taken to have moved down by as many as the
+         * dropped ones had, which it returns. Expects as many applied steps.
+         */
+        std::size_t dropOldest(std::size_t count);
+
+        /** Sum of the steps' byte counts, the undone ones included */
+        std::size_t byteCount() const { return _byteCount; }
 
         /** Drops the steps after the position, whose records are gone */
         void dropUndone();
@@ -90,6 +105,9 @@ class EditHistory {
         std::size_t _savedSerial{};
         /* How many leading steps lie on the way to the saved state */
         std::size_t _savedLineage{};
+        /* The serial of the state before the oldest step kept */
+        std::size_t _baseSerial{};
+        std::size_t _byteCount{};
 };
 
 }

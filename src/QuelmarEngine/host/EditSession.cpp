@@ -87,6 +87,7 @@ EditResult EditSession::load(const std::function<bool()>& loader, std::string pa
     }
     closeJournal(false);
     _history.clear();
+    _poolBaseline = poolSize();
     _path = std::move(path);
     _isNew = isNew;
     /* The load dropped the change handlers */
@@ -162,6 +163,7 @@ EditResult EditSession::step(std::string label, const std::function<EditResult()
 
     ChangeManager& manager = *_editor.changeManager;
     const std::size_t first = std::size_t(manager.lastChangeIndex() + 1);
+    const std::size_t poolBefore = poolSize();
     EditResult result;
     capturing(result, [&]{
         ++_stepDepth;
@@ -175,9 +177,11 @@ EditResult EditSession::step(std::string label, const std::function<EditResult()
             _history.dropUndone();
             joinIntoOneStep(first, end - 1);
             if(outcome) {
-                _history.add(std::move(label), first, end - first);
+                const std::size_t poolAfter = poolSize();
+                _history.add(std::move(label), first, end - first, poolAfter > poolBefore ? poolAfter - poolBefore : 0);
                 _mirrorCount = _history.position() - _mirrorStart;
                 if(isJournalling()) writeJournal(journalStep(_history.steps()[_history.steps().size() - 1]), 1, outcome);
+                keepWithinBudget();
             }
             /* Nothing of a failed action stays; the history no longer leads
                to its records, so they can't be redone */

@@ -66,6 +66,20 @@ enum class DiskChanges: unsigned char {
     Overwrite   /**< Writes over the file all the same */
 };
 
+/** What compaction does with the memory of the pool it leaves */
+enum class FreedMemory: unsigned char {
+    /**
+     * Left to the C library for what the process allocates next: cheap, and
+     * the process stays at the size it peaked at
+     */
+    Reuse,
+    /**
+     * Given back to the system: the process shrinks to what is live, and
+     * what it allocates next costs page faults again
+     */
+    Release
+};
+
 /** Where an object is */
 struct ObjectPlacement {
     /** In its parent's space, as its "transformation" says */
@@ -246,6 +260,71 @@ class EditSession {
 
         /** Change record @p i in one line, such as @cb{.txt} Change /objects/a/name: "A" -> "B" @ce */
         std::string recordText(std::size_t i) const;
+
+        /** @} */
+
+        /**
+         * @{ @name Memory
+         *
+         * The document and the values its history keeps share one pool that
+         * never frees. A step counts the bytes the pool grew by while it ran:
+         * the values its records keep and what it added to the document.
+         * Undone steps that a new step replaced, dropped steps and overwritten
+         * values stay in the pool as waste until @ref compact() moves what is
+         * live into a fresh pool.
+         */
+
+        /** The history budget a session starts with, 256 MiB */
+        static constexpr std::size_t DefaultHistoryBudget = std::size_t{256} << 20;
+
+        /**
+         * @brief Bounds the bytes the steps of the history count
+         *
+         * Whenever a step, or a lower budget, takes the steps past
+         * @p bytes, the oldest steps are dropped whole, records and labels,
+         * until they count at most seven eighths of it; the newest applied
+         * step always stays. Undo then stops at the oldest step left, and a
+         * saved state among the dropped steps can't be reached any more
+         * (@ref EditHistory::savedPosition() says so; @ref isSaved() stays
+         * right). Expects not to run inside a step.
+         */
+        void setHistoryBudget(std::size_t bytes);
+
+        /** The bytes the steps of the history may count */
+        std::size_t historyBudget() const { return _historyBudget; }
+
+        /** Bytes in use in the document's pool, live or not */
+        std::size_t poolSize() const;
+
+        /**
+         * @brief An estimate of the pool's bytes that nothing holds
+         *
+         * What the pool grew by since it was filled by the load or the last
+         * compaction, beyond what the steps kept since count. Costs as much
+         * as walking the pool's list of 64 kB chunks.
+         */
+        std::size_t poolWaste() const;
+
+        /**
+         * @brief Moves the document and the history it keeps into a fresh pool
+         *
+         * The document, undo and redo, the saved state, the scene, the
+         * selection and names stay exactly as they were, and the project's
+         * indices are rebuilt at their next lookups. Costs a copy of the
+         * document and of the history. Pointers into the document handed out
+         * before (@ref value(), @ref findValue(), values read from the
+         * editor's document) are left dangling; names from
+         * @ref objectName() stay valid. Expects not to run inside a step.
+         */
+        void compact(FreedMemory freed = FreedMemory::Reuse);
+
+        /**
+         * @brief Compacts when the waste passes half of what is live
+         *
+         * For a host to call at a moment of its choosing, such as after a
+         * save or while idle between commands. Returns whether it compacted.
+         */
+        bool compactIfWasteful(FreedMemory freed = FreedMemory::Reuse);
 
         /** @} */
 
@@ -440,6 +519,8 @@ class EditSession {
         /* Undoes, or redoes when @p forward, @p count steps */
         EditResult travel(std::size_t count, bool forward);
         void joinIntoOneStep(std::size_t first, std::size_t last);
+        /* Drops the oldest steps while the history is past its budget */
+        void keepWithinBudget();
         /* Opens what @p loader loads, bound to @p path */
         EditResult load(const std::function<bool()>& loader, std::string path, bool isNew);
         /* Position of the live object @p key in the scene graph, 0 for none */
@@ -467,6 +548,10 @@ class EditSession {
         bool _isNew{true};
         /* Nested step() calls run inside the outermost one */
         std::size_t _stepDepth{};
+        std::size_t _historyBudget{DefaultHistoryBudget};
+        /* Pool bytes of the document as the load or the last compaction
+           left it, beside the bytes the steps kept then */
+        std::size_t _poolBaseline{};
 
         JournalWriter _journal;
         Containers::Pointer<JournalContents> _pendingJournal;

@@ -1,7 +1,10 @@
 #include "QuelmarEngine/host/Journal.h"
 
 #include <cerrno>
+#include <csignal>
+#include <pthread.h>
 #include <cstring>
+#include <functional>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -226,6 +229,17 @@ std::string journalFrame(const std::string& entries) {
     return framed(entries);
 }
 
+/* Starts the thread that syncs, with every signal blocked: the program's
+   handlers expect to interrupt the thread that reads its input */
+std::thread startSyncer(std::function<void()> body) {
+    sigset_t all, previous;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, &previous);
+    std::thread thread{std::move(body)};
+    pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+    return thread;
+}
+
 bool readJournal(const Containers::StringView path, JournalContents& contents, std::string& error) {
     contents = {};
     std::string text;
@@ -280,7 +294,7 @@ bool JournalWriter::create(const std::string& path, const FileStamp& base, std::
     _start = std::string{Magic, MagicSize} + framed(payload);
     /* A new file is there for good only once its folder is synced */
     const std::size_t slash = path.rfind('/');
-    _syncer = std::thread{&JournalWriter::syncLoop, this, slash == std::string::npos ? std::string{"."} : path.substr(0, slash + 1)};
+    _syncer = startSyncer([this, folder = slash == std::string::npos ? std::string{"."} : path.substr(0, slash + 1)] { syncLoop(folder); });
     return true;
 }
 
@@ -293,7 +307,7 @@ bool JournalWriter::resume(const std::string& path, const std::size_t size, std:
         return false;
     }
     _size = size;
-    _syncer = std::thread{&JournalWriter::syncLoop, this, std::string{}};
+    _syncer = startSyncer([this] { syncLoop({}); });
     return true;
 }
 

@@ -137,6 +137,7 @@ class JournalWriter {
     private:
         void syncLoop(std::string folder);
 
+
         int _fd{-1};
         std::size_t _size{};
         /* The magic and the stamp, written with the first frame */
