@@ -40,6 +40,7 @@ void pasteAndUndo(EditSession& session, const std::string& fixed, const Containe
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const Quiet quiet;
     const Containers::StringView text{reinterpret_cast<const char*>(data), size};
     EditSession session;
     check(bool(session.openText(FixedScene)), "the fixed project doesn't load");

@@ -146,6 +146,7 @@ EditResult act(EditSession& session, Input& input, const std::uint8_t action) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const Quiet quiet;
     EditSession session;
     check(bool(session.openText(FixedScene)), "the fixed project doesn't load");
     countKeys(session);

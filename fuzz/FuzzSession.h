@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include <Corrade/Utility/Debug.h>
+
 #include "QuelmarEngine/host/EditSession.h"
 
 namespace QuelmarFuzz {
@@ -28,6 +30,12 @@ constexpr const char FixedScene[] = R"({"objects":{)"
     R"("camera":{"name":"Camera","transformation":[1,0,0,0,0,0.9701425,0.2425356,0,0,-0.2425356,0.9701425,0,0,2,8,1]},)"
     R"("old":{"name":"Old","parent":"stage","deleted":true}},)"
     R"("skins":{"heroSkin":{"joints":["hips","head"]}},"materials":{"stone":{"color":[0.5,0.5,0.5]}}})";
+
+/* Keeps the library's progress lines out of the fuzzer's output, where they
+   would only slow the run; warnings and errors still go through */
+struct Quiet {
+    Utility::Debug silence{nullptr};
+};
 
 /* Aborts, naming @p what, unless @p condition holds */
 inline void check(const bool condition, const char* const what) {

@@ -49,6 +49,7 @@ void copyAndPasteBack(EditSession& session, const std::string& loaded) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const Quiet quiet;
     const Containers::StringView text{reinterpret_cast<const char*>(data), size};
     EditSession session;
     const std::string empty = documentOf(session);
