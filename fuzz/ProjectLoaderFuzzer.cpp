@@ -1,7 +1,8 @@
 /* The project loader on any text: a refused text leaves the empty project
-   alone; a loaded one writes out as text that loads to itself, and copying
-   every object and pasting it back is one step that undo takes back to the
-   loaded document byte for byte and redo brings back the same way. */
+   alone; a loaded one writes out as text that loads to itself, its
+   consistency check and a purge of its deleted records go through, and
+   copying every object and pasting it back is one step that undo takes back
+   to the loaded document byte for byte and redo brings back the same way. */
 
 #include <cstdint>
 #include <Corrade/Containers/ArrayView.h>
@@ -23,6 +24,19 @@ std::size_t selectEverything(EditSession& session) {
     for(const std::string& key: live) references.emplace_back(key.data(), key.size());
     check(bool(session.select({references.data(), references.size()})), "selecting every live object by its key failed");
     return live.size();
+}
+
+/* Purging every deleted record, references left dangling or not, is one step
+   that undo takes back byte for byte */
+void purgeAndUndo(EditSession& session, const std::string& loaded) {
+    const EditResult purged = session.purge({}, DanglingReferences::Leave);
+    if(!session.undoCount()) {
+        check(documentOf(session) == loaded, "a purge that left no step changed the document");
+        return;
+    }
+    check(bool(purged) && session.undoCount() == 1, "a purge left other than one step");
+    check(bool(session.undo()), "undoing a purge failed");
+    check(documentOf(session) == loaded, "undoing a purge didn't give the loaded document back");
 }
 
 void copyAndPasteBack(EditSession& session, const std::string& loaded) {
@@ -65,6 +79,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     check(bool(reloaded.openText({loaded.data(), loaded.size()})), "the document written from a loaded project doesn't load");
     check(documentOf(reloaded) == loaded, "the document written from a loaded project loads as another");
 
+    /* Looks at every record, whatever it holds */
+    static_cast<void>(session.inconsistencies());
+    purgeAndUndo(session, loaded);
     copyAndPasteBack(session, loaded);
     return 0;
 }
