@@ -5,7 +5,7 @@
    the recorded documents, and undoing everything gives the fixed project. */
 
 #include <cstdint>
-#include <cstring>
+#include <utility>
 #include <Corrade/Containers/ArrayView.h>
 #include <Magnum/Magnum.h>
 #include <Magnum/Math/Vector3.h>
@@ -143,6 +143,36 @@ EditResult act(EditSession& session, Input& input, const std::uint8_t action) {
     }
 }
 
+/* Undoes or redoes one to four steps as @p action says; the document has to
+   be the one recorded where that lands */
+void travel(EditSession& session, const std::uint8_t action, const std::vector<std::string>& documents) {
+    const std::size_t position = session.undoCount();
+    const std::size_t count = 1 + (action & 3);
+    const bool forward = action & 4;
+    const EditResult result = forward ? session.redo(count) : session.undo(count);
+    if(result) check(session.undoCount() == (forward ? position + count : position - count), "an undo or redo went elsewhere than asked");
+    else check(session.undoCount() == position, "a refused undo or redo moved in the history");
+    check(documentOf(session) == documents[session.undoCount()], "an undo or redo didn't give the recorded document");
+}
+
+/* Runs the action @p action; a new step replaces what could be redone in
+   @p documents with the document it made */
+void actAndRecord(EditSession& session, Input& input, const std::uint8_t action, std::vector<std::string>& documents) {
+    const std::size_t position = session.undoCount();
+    const std::size_t redoable = session.redoCount();
+    const EditResult result = act(session, input, action);
+    std::string document = documentOf(session);
+    if(session.undoCount() == position) {
+        check(document == documents[position], "an action that left no step changed the document");
+        check(session.redoCount() == redoable, "an action that left no step dropped the redo history");
+        return;
+    }
+    check(bool(result), "a refused action left a step");
+    check(session.undoCount() == position + 1 && session.redoCount() == 0, "an action left other than one step");
+    documents.resize(position + 1);
+    documents.push_back(std::move(document));
+}
+
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -156,30 +186,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Input input{data, size};
     for(std::size_t actions = 0; !input.isEmpty() && actions != 64; ++actions) {
         const std::uint8_t action = input.byte();
-        const std::size_t position = session.undoCount();
-        if(action >= 0xe0) {
-            const std::size_t count = 1 + (action & 3);
-            const bool forward = action & 4;
-            const EditResult result = forward ? session.redo(count) : session.undo(count);
-            const std::size_t expected = forward ? position + count : position - count;
-            if(result) check(session.undoCount() == expected, "an undo or redo went elsewhere than asked");
-            else check(session.undoCount() == position, "a refused undo or redo moved in the history");
-            check(documentOf(session) == documents[session.undoCount()], "an undo or redo didn't give the recorded document");
-            continue;
-        }
-
-        const std::size_t redoable = session.redoCount();
-        const EditResult result = act(session, input, action);
-        const std::string document = documentOf(session);
-        if(session.undoCount() == position) {
-            check(document == documents[position], "an action that left no step changed the document");
-            check(session.redoCount() == redoable, "an action that left no step dropped the redo history");
-        } else {
-            check(bool(result), "a refused action left a step");
-            check(session.undoCount() == position + 1 && session.redoCount() == 0, "an action left other than one step");
-            documents.resize(position + 1);
-            documents.push_back(document);
-        }
+        if(action >= 0xe0) travel(session, action, documents);
+        else actAndRecord(session, input, action, documents);
     }
 
     const std::string last = documentOf(session);
