@@ -19,8 +19,6 @@ struct ClipboardTest: testing::Test {
     QuelmarEditor editor;
 };
 
-using ClipboardDeathTest = ClipboardTest;
-
 }
 
 TEST_F(ClipboardTest, ClipboardText) {
@@ -76,10 +74,4 @@ TEST_F(ClipboardTest, MapOfKeys) {
        which leaves all others byte for byte */
     EXPECT_EQ(map({"", "a", "zz"}), "{\n\"\": {\"name\":\"Empty\"},\n\"a\": {\"name\":\"A\"},\n\"zz\": null\n}\n");
     EXPECT_EQ(map({"q\"\\\t\x01/\xc3\xa9\x7f"}), "{\n\"q\\\"\\\\\\t\\u0001/\xc3\xa9\x7f\": null\n}\n");
-}
-
-TEST_F(ClipboardDeathTest, NoScene) {
-    selectObjects(editor, {"a"});
-    editor.scene = nullptr;
-    EXPECT_DEATH(copySelected(editor), testing::Eq("Containers::Pointer: the pointer is null\n"));
 }

@@ -116,8 +116,8 @@ TEST(ProjectFileTest, Accessors) {
     EXPECT_FALSE(project.resourceByName(Containers::String{"skins"}, Containers::String{"A"}));
 }
 
-/* A host may replace the document or edit it directly; lookups in an indexed
-   map stay right and never read freed memory */
+/* A host may replace the document or rename a member in place; lookups in
+   an indexed map stay right and never read freed memory */
 TEST(ProjectFileTest, DirectEditsOfTheDocument) {
     auto text = [](const char* prefix) {
         std::string json = "{\"objects\":{";
@@ -141,17 +141,9 @@ TEST(ProjectFileTest, DirectEditsOfTheDocument) {
     EXPECT_EQ(name(project, "/objects/k150/name"), "(none)");
     EXPECT_EQ(name(project, "/objects/j150/name"), "150");
 
-    /* A member taken from the middle and another one appended: as many
-       members as before, in the same array */
+    /* A member renamed in place takes the documented call; members taken
+       out and added behind the index's back are MemberIndexTest's */
     rapidjson::Value& objects = (*project.document)["objects"];
-    objects.EraseMember(objects.MemberBegin() + 5);
-    objects.AddMember("k5", rapidjson::Value{rapidjson::kObjectType}.AddMember("name", "new", project.allocator()), project.allocator());
-    EXPECT_EQ(name(project, "/objects/j150/name"), "150");
-    EXPECT_EQ(name(project, "/objects/j5/name"), "(none)");
-    EXPECT_EQ(name(project, "/objects/k5/name"), "new");
-    EXPECT_TRUE(project.findMember(objects, "j199"));
-
-    /* A member renamed in place takes the documented call */
     objects.MemberBegin()->name.SetString("renamed", project.allocator());
     project.documentChanged();
     EXPECT_EQ(name(project, "/objects/renamed/name"), "0");
@@ -239,16 +231,13 @@ TEST(ProjectFileTest, GenerateId) {
     ASSERT_TRUE(project.loadFromString(("{\"skins\":{\"" + keys.back().substr(0, keys.back().size() - 4) + "0014\":{}}}").data()));
     const Containers::String key = project.generateId();
     EXPECT_EQ(std::string(key.data(), key.size()), next);
-
-    int counter = 0;
-    project.setIdGenerator([&] { return Containers::String{("K" + std::to_string(++counter)).data()}; });
-    EXPECT_EQ(std::string(project.generateId().data()), "K1");
-    EXPECT_EQ(std::string(project.generateId().data()), "K2");
 }
 
+/* What the writing and reading of files leaves unsaid: the layout of a
+   project that came from no file, and the file name in front of a refusal */
 TEST(ProjectFileTest, SaveAndLoad) {
     TemporaryFolder folder;
-    const std::string path = folder.path + "/project.json";
+    const std::string path = folder.path + "/project.json", blocked = folder.path + "/blocked";
     ProjectFile project;
     ASSERT_TRUE(project.loadFromString(R"({"objects":{"a":{"name":"Ä","transformation":[1,0.1,2.5e-8,1e300]}},"skins":{}})"));
     ASSERT_TRUE(project.saveToFile({path.data(), path.size()}));
@@ -262,56 +251,20 @@ TEST(ProjectFileTest, SaveAndLoad) {
         "  },\n"
         "  \"skins\": {}\n"
         "}\n");
-
     ProjectFile loaded;
     ASSERT_TRUE(loaded.loadFromFile({path.data(), path.size()}));
     EXPECT_TRUE(*loaded.document == *project.document);
 
-    /* Nothing but the file is left in the folder */
-    EXPECT_EQ(std::system(("test $(ls -A " + folder.path + " | wc -l) -eq 1").data()), 0);
-
-    std::ostringstream out;
-    {
-        Utility::Error redirect{&out};
-        EXPECT_FALSE(loaded.loadFromFile("/nonexistent/project.json"));
-        EXPECT_FALSE(loaded.loadFromFile({folder.path.data(), folder.path.size()}));
-    }
-    EXPECT_EQ(out.str(),
-        "Can't load /nonexistent/project.json: No such file or directory\n"
-        "Can't load " + folder.path + ": it is a directory\n");
-}
-
-TEST(ProjectFileTest, FailedSaveKeepsTheOldFile) {
-    TemporaryFolder folder;
-    const std::string path = folder.path + "/project.json";
-    {
-        std::ofstream file{path};
-        file << "old contents";
-    }
-    chmod(path.data(), 0640);
-
-    ProjectFile project;
     /* A directory where the file should go: the rename fails */
-    const std::string blocked = folder.path + "/blocked";
     mkdir(blocked.data(), 0755);
     mkdir((blocked + "/x").data(), 0755);
     std::ostringstream out;
     {
         Utility::Error redirect{&out};
+        EXPECT_FALSE(loaded.loadFromFile({folder.path.data(), folder.path.size()}));
         EXPECT_FALSE(project.saveToFile({blocked.data(), blocked.size()}));
-        EXPECT_FALSE(project.saveToFile("/nonexistent/project.json"));
     }
-    EXPECT_EQ(out.str(),
-        "Can't save " + blocked + ": Is a directory\n"
-        "Can't save /nonexistent/project.json: No such file or directory\n");
-    EXPECT_EQ(std::system(("test $(ls -A " + folder.path + " | wc -l) -eq 2").data()), 0);
-
-    /* A successful save keeps the permissions of what it replaces */
-    ASSERT_TRUE(project.saveToFile({path.data(), path.size()}));
-    EXPECT_EQ(readFile(path), "{}\n");
-    struct stat info;
-    ASSERT_EQ(stat(path.data(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0640);
+    EXPECT_EQ(out.str(), "Can't load " + folder.path + ": it is a directory\nCan't save " + blocked + ": Is a directory\n");
 }
 
 }

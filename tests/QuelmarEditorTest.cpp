@@ -156,26 +156,19 @@ TEST(QuelmarEditorTest, OneRebuildPerBatch) {
     EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 5001);
     EXPECT_EQ(editor.rebuildCount(), before + 1);
 
-    /* Undo and redo of the group notify 5000 times and rebuild once each */
-    editor.changeManager->undoLast();
-    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 1);
-    editor.changeManager->redoLastUndo();
-    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 5001);
-    EXPECT_EQ(editor.rebuildCount(), before + 3);
-
     /* Changes outside "objects", and names, don't change the graph; a
        transformation number changes one local matrix */
     editor.changeManager->pushChange("/skins/s", rapidjson::Value{rapidjson::kObjectType}, false);
     editor.changeManager->pushChange("/objects/o7/name", "seven", false);
     EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 5001);
-    EXPECT_EQ(editor.rebuildCount(), before + 3);
+    EXPECT_EQ(editor.rebuildCount(), before + 1);
     rapidjson::Value matrix{rapidjson::kArrayType};
     for(int i = 0; i != 16; ++i) matrix.PushBack(i % 5 ? 0 : 1, editor.data.project.allocator());
     editor.changeManager->pushChange("/objects/o7/transformation", matrix, false);
     editor.changeManager->pushChange("/objects/o7/transformation/12", rapidjson::Value{3}, false);
     const auto& graph = *editor.scene->sceneGraph;
     EXPECT_EQ(graph.localTransformations()[graph.indexToPosition()[indexOf(editor, "o7")]], Magnum::Matrix4::translation({3.0f, 0.0f, 0.0f}));
-    EXPECT_EQ(editor.rebuildCount(), before + 4);
+    EXPECT_EQ(editor.rebuildCount(), before + 2);
 }
 
 TEST(QuelmarEditorTest, ObjectLimit) {
@@ -241,11 +234,6 @@ TEST(QuelmarEditorTest, FatalErrors) {
         editor.scene->sceneGraph = Containers::pointer<Data::DynamicSceneGraph<unsigned short>>();
         editor.scene->sceneGraph->header();
     }, "^DynamicSceneGraph::header\\(\\): Header not initilized.\n$");
-    EXPECT_DEATH({
-        QuelmarEditor editor;
-        editor.changeManager = nullptr;
-        editor.loadFromString("{}");
-    }, "^Containers::Pointer: the pointer is null\n$");
 }
 
 }

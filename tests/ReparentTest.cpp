@@ -60,8 +60,6 @@ struct ReparentTest: testing::Test {
     std::vector<std::uint32_t> words;
 };
 
-using ReparentDeathTest = ReparentTest;
-
 TEST_F(ReparentTest, WritesTheLocalMatrixUnderTheNewParent) {
     /* o sits at (1, 2, 3) under q, which sits at (1, 0, 0); h at (0.1, 0, 0), i at the origin */
     const std::string project = R"({"objects":{"p":{"transformation":[1,0,0,0, 0,1,0,0, 0,0,1,0, 1,0,0,1]},"s":{"transformation":[2,0,0,0, 0,2,0,0, 0,0,2,0, 0,0,0,1]},)"
@@ -213,16 +211,6 @@ TEST_F(ReparentTest, RandomMovesKeepEveryWorldPlacement) {
         for(std::size_t i = 0; i != ObjectCount; ++i) ASSERT_LE(relativeDifference(before[i], world(keys[i], i == 0)), 1.0e-4f) << keys[i];
     }
     EXPECT_GE(movedObjects, 1000u);
-}
-
-TEST_F(ReparentDeathTest, MissingHostPartsAreFatal) {
-    load(R"({"objects":{"a":{},"b":{}}})");
-    const BitSetView a = bits({"a"});
-    EXPECT_DEATH({ editor.scene->sceneGraph = nullptr; reparentObjectKeepTransform(editor, "a", "b"); }, testing::Eq("Containers::Pointer: the pointer is null\n"));
-    EXPECT_DEATH({
-        editor.scene->sceneGraph = Containers::pointer<Data::DynamicSceneGraph<unsigned short>>();
-        reparentObjectsKeepTransform(editor, a, "b");
-    }, testing::Eq("DynamicSceneGraph::header(): Header not initilized.\n"));
 }
 
 }

@@ -9,24 +9,6 @@
 
 using namespace Corrade;
 
-TEST(FormatTest, ZeroFilledIntegers) {
-    struct {
-        int value;
-        const char* expected;
-    } cases[]{
-        {0, "Cube.000"},
-        {12, "Cube.012"},
-        {999, "Cube.999"},
-        {1000, "Cube.1000"},
-        {12345, "Cube.12345"},
-        {-5, "Cube.-005"},
-    };
-    for(const auto& row: cases) {
-        SCOPED_TRACE(row.expected);
-        EXPECT_EQ(Utility::format("{}.{:.3d}", "Cube", row.value), row.expected);
-    }
-}
-
 TEST(FormatTest, PlaceholdersAndLiteralBraces) {
     const char text[] = "view!";
     EXPECT_EQ(Utility::format("{} {} {} {}", Containers::StringView{text, 4}, Containers::String{"string"}, std::string{"std"}, text),

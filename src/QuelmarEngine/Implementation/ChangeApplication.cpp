@@ -319,10 +319,14 @@ bool restoreRemoved(rapidjson::Value& root, MemberIndex& index, JsonAllocator& a
 bool padsTooMuch(rapidjson::Value& root, MemberIndex& index, const JsonPointer& pointer, const bool creation) {
     if(!creation) return false;
     const std::size_t count = pointer.tokenCount();
-    bool hasIndex = false;
-    for(std::size_t i = 0; i != count && !hasIndex; ++i)
-        hasIndex = pointer.token(i).index != JsonPointer::InvalidIndex;
-    if(!hasIndex) return false;
+    /* An array holds at least nothing, so only an index past the padding
+       limit can pad past it; the usual push skips walking its path twice */
+    bool mayPad = false;
+    for(std::size_t i = 0; i != count && !mayPad; ++i) {
+        const std::uint32_t index = pointer.token(i).index;
+        mayPad = index != JsonPointer::InvalidIndex && index > MaxArrayPadding;
+    }
+    if(!mayPad) return false;
     Chain chain{count};
     const std::size_t depth = resolve(root, index, pointer, count, chain);
     for(std::size_t i = depth; i != count; ++i) {

@@ -175,6 +175,12 @@ class SceneKeeper {
            change shows at, what to lay out */
         std::vector<unsigned short> _moved, _touched, _transformed;
         std::size_t _from{};
+        /* Kept from one refresh to the next, so that a small change makes
+           no allocations */
+        std::vector<unsigned short> _indexed;
+        std::vector<Noted> _unindexed;
+        std::vector<const rapidjson::Value*> _records;
+        std::vector<Placed> _placed;
 
         std::unordered_set<std::string> _warnings;
 };

@@ -38,13 +38,17 @@ bool SceneKeeper::update() {
     _transformed.clear();
     _from = ~std::size_t{};
 
-    std::vector<unsigned short> indexed;
-    std::vector<Noted> unindexed;
+    std::vector<unsigned short>& indexed = _indexed;
+    std::vector<Noted>& unindexed = _unindexed;
+    std::vector<const rapidjson::Value*>& records = _records;
+    std::vector<Placed>& placed = _placed;
+    indexed.clear();
+    unindexed.clear();
+    records.clear();
+    placed.clear();
     collectNotes(indexed, unindexed);
 
     const rapidjson::Value* const objects = this->objects();
-    std::vector<const rapidjson::Value*> records;
-    std::vector<Placed> placed;
     if(!locateNoted(objects, indexed, records, unindexed, placed)) return false;
     if(!placed.empty() && !placeRecords(*objects, placed)) return false;
     readNoted(indexed, records);
