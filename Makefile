@@ -4,7 +4,7 @@ ASAN_BUILD ?= build-asan
 TSAN_BUILD ?= build-tsan
 JOBS ?= $(shell nproc)
 
-.PHONY: setup build test demo sanitize tsan bench bench-smoke bench-memory clean
+.PHONY: setup build test demo sanitize tsan bench bench-smoke bench-memory fuzz clean
 
 setup:
 	@./scripts/setup
@@ -63,5 +63,23 @@ bench-memory: setup
 	cmake --build $(BENCH_BUILD) -j $(JOBS) --target QuelmarMemoryFigures
 	$(BENCH_BUILD)/bench/QuelmarMemoryFigures $(BENCH_FLAGS)
 
+# The fuzz targets in their own clang build, each run for FUZZ_SECONDS on a
+# working corpus in the build folder seeded from fuzz/corpus/; any finding
+# stops the run and fails, the input kept in $(FUZZ_BUILD)/findings/
+FUZZ_BUILD ?= build-fuzz
+FUZZ_SECONDS ?= 60
+FUZZERS = ProjectLoaderFuzzer ClipboardReaderFuzzer CommandSequenceFuzzer
+fuzz:
+	@./scripts/setup fuzz
+	cmake -S . -B $(FUZZ_BUILD) -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+		-DQUELMAR_BUILD_TESTS=OFF -DQUELMAR_BUILD_FUZZERS=ON
+	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target $(FUZZERS)
+	@set -e; mkdir -p $(FUZZ_BUILD)/findings; for f in $(FUZZERS); do \
+		mkdir -p $(FUZZ_BUILD)/corpus/$$f; \
+		echo "== $$f for $(FUZZ_SECONDS) s"; \
+		$(FUZZ_BUILD)/fuzz/$$f -max_total_time=$(FUZZ_SECONDS) -timeout=60 -print_final_stats=1 \
+			-artifact_prefix=$(FUZZ_BUILD)/findings/$$f- $(FUZZ_BUILD)/corpus/$$f fuzz/corpus/$$f; \
+	done
+
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(BENCH_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD)
