@@ -117,15 +117,15 @@ TEST_F(SelectionDeathTest, NullPointersAndBrokenGraphsAreFatal) {
     }, Eq(std::string{Utility::format("StringArrayView::get(): invalid index {} for size 0\n", index("d")).data()}));
     /* A graph whose position 1 holds an object index beyond its keys */
     EXPECT_DEATH({
-        Containers::Array<Data::DynamicSceneGraph<unsigned short>::Hierarchy> hierarchy{2};
+        Containers::Array<Data::DynamicSceneGraph<unsigned short>::Hierarchy> hierarchy(ValueInit, 2);
         hierarchy[0].descendants = 1;
-        Containers::Array<unsigned short> positionToIndex{2};
+        Containers::Array<unsigned short> positionToIndex(ValueInit, 2);
         positionToIndex[1] = index("d");
         StringArray keys{2};
         keys.add("", -1);
         keys.add("x", -1);
         editor.scene->sceneGraph = Containers::pointer<Data::DynamicSceneGraph<unsigned short>>();
-        editor.scene->sceneGraph->setup(std::move(hierarchy), std::move(positionToIndex), Containers::Array<unsigned short>{2}, std::move(keys), Containers::Array<Magnum::Math::Matrix4<Magnum::Float>>{2});
+        editor.scene->sceneGraph->setup(std::move(hierarchy), std::move(positionToIndex), Containers::Array<unsigned short>{ValueInit, 2}, std::move(keys), Containers::Array<Magnum::Math::Matrix4<Magnum::Float>>{ValueInit, 2});
         selectedObjectKeysWithTrees(editor);
     }, Eq(std::string{Utility::format("StringArrayView::get(): invalid index {} for size 2\n", index("d")).data()}));
 }

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <Corrade/Containers/StringView.h>
-#include <Corrade/Utility/String.h>
 
 using namespace Corrade;
 using Containers::StringView;
@@ -32,23 +31,5 @@ TEST(StringTest, ViewFlagsStayOutOfSizeAndEquality) {
         SCOPED_TRACE(row.name);
         EXPECT_EQ(row.a == row.b, row.equal);
         EXPECT_EQ(row.a != row.b, !row.equal);
-    }
-}
-
-TEST(StringTest, SplitJoinKeepEmptyPieces) {
-    struct {
-        std::string input;
-        std::vector<std::string> pieces;
-    } cases[]{
-        {"", {}},
-        {"abc", {"abc"}},
-        {"/", {"", ""}},
-        {"/a//b", {"", "a", "", "b"}},
-        {"a/", {"a", ""}},
-    };
-    for(const auto& row: cases) {
-        SCOPED_TRACE(row.input);
-        EXPECT_EQ(Utility::String::split(row.input, '/'), row.pieces);
-        EXPECT_EQ(Utility::String::join(row.pieces, '/'), row.input);
     }
 }
