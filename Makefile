@@ -4,7 +4,7 @@ ASAN_BUILD ?= build-asan
 TSAN_BUILD ?= build-tsan
 JOBS ?= $(shell nproc)
 
-.PHONY: setup build test demo sanitize tsan bench bench-smoke clean
+.PHONY: setup build test demo sanitize tsan bench bench-smoke package-check clean
 
 setup:
 	@./scripts/setup
@@ -48,6 +48,10 @@ bench-smoke: setup
 	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DQUELMAR_BUILD_TESTS=OFF -DQUELMAR_BUILD_BENCHMARKS=ON
 	cmake --build $(BENCH_BUILD) -j $(JOBS) --target QuelmarBenchmark
 	$(BENCH_BUILD)/bench/QuelmarBenchmark --smoke
+
+# Installs to a temporary prefix and builds and runs examples/embed from it
+package-check: build
+	./scripts/check-package $(BUILD)
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(BENCH_BUILD)
