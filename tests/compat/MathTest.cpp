@@ -128,6 +128,15 @@ TEST(QuaternionTest, FromMatrixRoundTrip) {
     }
 }
 
+TEST(QuaternionDeathTest, FromMatrixWantsRotation) {
+    /* A determinant 3e-5 away from 1 is too far; the matrix is printed row by row */
+    EXPECT_DEATH(Quaternion::fromMatrix(Matrix3x3{Vector3{1.0f, 0.0f, 0.0f}, Vector3{0.0f, 1.0f, 0.0f}, Vector3{0.0f, 0.5f, 1.00003f}}),
+        ::testing::Eq("Math::Quaternion::fromMatrix(): the matrix is not a rotation:\n"
+                      "Matrix(1, 0, 0,\n"
+                      "       0, 1, 0.5,\n"
+                      "       0, 0, 1.00003)\n"));
+}
+
 TEST(DualQuaternionTest, TranslationAndMatrix) {
     const Vector3 translation{1.0f, 2.0f, 3.0f};
     EXPECT_EQ(DualQuaternion::translation(translation).dual(), Quaternion({0.5f, 1.0f, 1.5f}, 0.0f));
