@@ -16,11 +16,17 @@ build: setup
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
 
-# The demo script on a copy of examples/, left in place for a look afterwards
-demo: build
-	@dir=$$(mktemp -d) && cp examples/* "$$dir" && cd "$$dir" && \
-	echo "== quelmar scene.json -s demo.quelmar, in $$dir" && \
-	"$(abspath $(BUILD))/src/quelmar" scene.json -s demo.quelmar
+# The demo script on a copy of examples/, left in place for a look afterwards;
+# the setup and build write to a log, so that only the demo is shown
+DEMO_LOG ?= $(BUILD)/demo-build.log
+demo:
+	@mkdir -p $(BUILD) && echo "== building quelmar; the log is in $(DEMO_LOG)" && \
+	{ ./scripts/setup && cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo && \
+	  cmake --build $(BUILD) -j $(JOBS) --target quelmar; } >$(DEMO_LOG) 2>&1 || \
+	{ tail -n 20 $(DEMO_LOG); echo "== the build failed; see $(DEMO_LOG)"; exit 1; }
+	@dir=$$(mktemp -d) && find examples -maxdepth 1 -type f -exec cp {} "$$dir" \; && cd "$$dir" && \
+	echo "== quelmar scene.json --echo -s demo.quelmar, in $$dir" && \
+	"$(abspath $(BUILD))/src/quelmar" scene.json --echo -s demo.quelmar
 
 sanitize: setup
 	cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DQUELMAR_SANITIZE=ON

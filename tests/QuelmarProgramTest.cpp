@@ -4,12 +4,15 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <cctype>
 #include <cstring>
 #include <fstream>
 #include <regex>
 #include <sstream>
 #include <string>
 #include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <functional>
@@ -103,11 +106,49 @@ class QuelmarProgramTest: public testing::Test {
             return outcome(status);
         }
 
+        /* Runs the program on scene.json with a terminal for all of its
+           input and output, and the environment @p env. Each of @p keys is
+           typed once the program waits at a prompt again; a number there is
+           a signal to send instead. Returns all that the terminal showed */
+        Outcome runAtTerminal(const std::vector<std::string>& keys, const std::vector<std::string>& env = {}) const {
+            int master;
+            const pid_t child = ::forkpty(&master, nullptr, nullptr, nullptr);
+            if(child == 0) {
+                ::setenv("XDG_STATE_HOME", path("state").data(), 1);
+                for(const std::string& variable: env) ::putenv(const_cast<char*>(variable.data()));
+                if(::chdir(dir.data()) == 0) ::execl(binary.data(), binary.data(), "scene.json", static_cast<char*>(nullptr));
+                ::_exit(127);
+            }
+            if(child < 0) return {-1, {}, "no terminal"};
+            std::string shown;
+            std::size_t typed = 0, prompts = 0;
+            /* Only a guard against a hang, far beyond what any row takes */
+            const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds{60};
+            for(char buffer[4096]; std::chrono::steady_clock::now() < giveUp; ) {
+                for(std::size_t at; (at = shown.find("quelmar> ", prompts)) != std::string::npos; prompts = at + 1) {
+                    if(typed == keys.size()) continue;
+                    const std::string& key = keys[typed++];
+                    if(!key.empty() && std::isdigit(static_cast<unsigned char>(key[0]))) ::kill(child, std::stoi(key));
+                    else if(::write(master, key.data(), key.size()) != ssize_t(key.size())) break;
+                }
+                pollfd output{master, POLLIN, 0};
+                if(::poll(&output, 1, 100) == 0) continue;
+                const ssize_t size = ::read(master, buffer, sizeof(buffer));
+                if(size <= 0) break;
+                shown.append(buffer, std::size_t(size));
+            }
+            ::kill(child, SIGKILL);
+            int status;
+            ::waitpid(child, &status, 0);
+            ::close(master);
+            return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, shown, {}};
+        }
+
         std::string binary, source, dir;
 };
 
 TEST_F(QuelmarProgramTest, DemoScriptGivesTheRecordedOutput) {
-    const Outcome demo = run("scene.json -s demo.quelmar");
+    const Outcome demo = run("scene.json --echo -s demo.quelmar");
     EXPECT_EQ(demo.status, 0);
     EXPECT_EQ(demo.err, "");
 
@@ -120,7 +161,8 @@ TEST_F(QuelmarProgramTest, DemoScriptGivesTheRecordedOutput) {
     const Outcome reopened = run("scene.json -c tree");
     EXPECT_EQ(reopened.status, 0);
     std::string lastTree = out.substr(out.rfind("(root)"));
-    lastTree = std::regex_replace(lastTree.substr(0, lastTree.find("undid")), std::regex{" \\*\n"}, "\n");
+    /* Up to the blank line that ends the tree's part of the demo */
+    lastTree = std::regex_replace(lastTree.substr(0, lastTree.find("\n\n") + 1), std::regex{" \\*\n"}, "\n");
     EXPECT_EQ(withStableKeys(reopened.out), lastTree);
 }
 
@@ -151,7 +193,8 @@ TEST_F(QuelmarProgramTest, ExitStatusesAndEndsOfRuns) {
         {"-c 'tree; save'", "", 1, "(root)\n", "error: the project has no file yet; give one: save PATH\n"},
         {"-c 'add A; save new.json; status'", "", 0, "K0001\nsaved new.json\nfile: new.json\n", ""},
         {"scene.json -s script.quelmar", "", 1, "K0001\n", "error: script.quelmar:4: unknown command frobnicate; \"help\" lists the commands\n"},
-        {"scene.json", "select hero\nselection\nselect nobody\nadd A\n", 1, "hero \"Hero\"\n", "error: there is no object nobody\n"},
+        {"scene.json", "select hero\nselection\nselect nobody\nadd A\n", 1, "hero \"Hero\"\n", "error: stdin:3: there is no object nobody\n"},
+        {"scene.json -s -", "tree\nfrob\x1b[A\n", 1, "(root)\n", "error: stdin:2: unknown command frob\\x1b[A; \"help\" lists the commands\n"},
         /* Semicolons inside quotes belong to the argument */
         {"scene.json -c 'set /objects/hero/name \"A;B\"; get /objects/hero/name; quit!'", "", 0, "\"A;B\"\n", ""},
         {"scene.json", "add Crate\n", 1, "K0001\n", "error: there are unsaved changes (1 step: add Crate); they are lost\n"},
@@ -410,6 +453,43 @@ TEST_F(QuelmarProgramTest, RefusalsChangeNothing) {
     EXPECT_NE(session.out.find("2 changes in 2 steps: 2 to undo, 0 to redo\n"), std::string::npos);
     EXPECT_NE(session.out.find("quelmar> hero \"Hero\"\n"), std::string::npos);
     EXPECT_EQ(readText(path("demo.quelmar")).find("# A tour"), 0u);
+}
+
+/* A person at a terminal: the arrow keys recall commands of this session
+   and the ones before, Tab completes, Control-C drops the line being typed,
+   Control-D and SIGTERM end the session only with nothing unsaved, and
+   diagnostics take colour unless NO_COLOR is set. The rows share the
+   history file, in order */
+TEST_F(QuelmarProgramTest, TerminalSessions) {
+    const std::string red = "\x1b[1;31merror:\x1b[0m ", refusal = "there are unsaved changes (1 step: add Crate); save them, or use quit! to discard them";
+    const struct { std::vector<std::string> keys; std::vector<std::string> env; int status; std::vector<std::string> shown, notShown; } sessions[]{
+        {{"add Crate\r", "\x1b[A\r", "quit!\r"}, {}, 0, {"K0001\r\n", "K0002\r\n"}, {}},
+        /* The earlier session's last command is the latest but one */
+        {{"\x1b[A\x1b[A\r", "quit!\r"}, {}, 0, {"K0001\r\n"}, {}},
+        {{"tr\t--d\t1\r", "show ca\t\r", "get /objects/ca\tna\t\r", "quit\r"}, {}, 0,
+            {"stage \"Stage\" (7 more below)", "camera \"Camera\"\r\nlocal", "\r\n\"Camera\"\r\n"}, {"error"}},
+        {{"frobnicate\x03", "status\r", "quit\r"}, {}, 0, {"\r\nsaved\r\n"}, {"frobnicate;"}},
+        {{"add Crate\r", "\x04", "quit!\r"}, {}, 0, {red + refusal}, {}},
+        {{"add Crate\r", std::to_string(SIGTERM), "quit!\r"}, {}, 0, {red + "SIGTERM: " + refusal}, {}},
+        {{"status\r", std::to_string(SIGTERM)}, {}, 0, {"saved"}, {"error"}},
+        {{"select hero\r", "tree hero --depth 1\r", "quit\r"}, {"NO_COLOR="}, 0, {"hero \"Hero\" \x1b[1;32m*\x1b[0m", "\x1b[2m└── \x1b[0mhips"}, {}},
+        {{"frobnicate\r", "select hero\r", "tree\r", "quit\r"}, {"NO_COLOR=1"}, 0, {"error: unknown command frobnicate", "\"Hero\" *"}, {"\x1b[1;3", "\x1b[2m"}},
+    };
+    for(const auto& session: sessions) {
+        SCOPED_TRACE(session.keys[0]);
+        const Outcome result = runAtTerminal(session.keys, session.env);
+        const std::string shown = withStableKeys(result.out);
+        EXPECT_EQ(result.status, session.status) << shown;
+        for(const std::string& piece: session.shown) EXPECT_NE(shown.find(piece), std::string::npos) << piece << " not in\n" << shown;
+        for(const std::string& piece: session.notShown) EXPECT_EQ(shown.find(piece), std::string::npos) << piece << " in\n" << shown;
+    }
+
+    /* Commands from a pipe are a script, which SIGTERM ends once the command under way is done */
+    const int status = std::system(("cd " + shellQuoted(dir) + " && rm -f .stdout .pid && { echo 'add Crate'; i=0; while [ ! -s .stdout ] && [ $i -lt 1200 ]; do sleep 0.05; i=$((i+1)); done; "
+        "kill -TERM $(cat .pid); } | sh -c 'echo $$ >.pid; exec \"$0\" scene.json' " + shellQuoted(binary) + " >.stdout 2>.stderr").data());
+    const Outcome script = outcome(status);
+    EXPECT_EQ(script.status, 128 + SIGTERM);
+    EXPECT_EQ(script.err, "error: stopped by SIGTERM; there are unsaved changes (1 step: add Crate); they are lost\n");
 }
 
 /* A save keeps the file's layout: an edit of one line changes that line,

@@ -8,6 +8,7 @@ bool parseOptions(const int argc, const char* const* const argv, Options& option
         const std::string argument = argv[i];
         if(argument == "--help" || argument == "-h") options.help = true;
         else if(argument == "--version") options.version = true;
+        else if(argument == "--echo") options.echo = true;
         else if(argument == "-c" || argument == "-s") {
             if(i + 1 == argc) {
                 error = argument + " needs " + (argument == "-c" ? "commands" : "a script file");
@@ -43,7 +44,7 @@ bool parseOptions(const int argc, const char* const* const argv, Options& option
 
 const char* usageText() {
     return
-        "usage: quelmar [PROJECT.json] [-c \"COMMAND; COMMAND...\" | -s SCRIPT]\n"
+        "usage: quelmar [PROJECT.json] [-c \"COMMAND; COMMAND...\" | -s SCRIPT] [--echo]\n"
         "\n"
         "Opens PROJECT.json (a new one, written at the first save, when the file\n"
         "doesn't exist yet), or an empty project, and runs commands on it: those of\n"
@@ -51,14 +52,18 @@ const char* usageText() {
         "standard input. \"help\" lists the commands.\n"
         "\n"
         "  -c COMMANDS  run these commands, separated by semicolons, and exit\n"
-        "  -s SCRIPT    run the commands of SCRIPT and exit\n"
+        "  -s SCRIPT    run the commands of SCRIPT (- for standard input) and exit\n"
+        "  --echo       show each command, after \"> \", before its output\n"
         "  --help       show this text\n"
         "  --version    show the version\n"
         "\n"
-        "Commands given with -c or -s, or through a pipe, stop at the first one that\n"
-        "fails. The end of the commands behaves like \"quit\". Exit status: 0 on\n"
-        "success, 1 when a command failed or changes were left unsaved, 2 for a\n"
-        "wrong command line.\n";
+        "At a terminal, lines are edited with the arrow keys, Tab completes commands,\n"
+        "options, objects and JSON Pointers, and the commands are remembered in\n"
+        "$XDG_STATE_HOME/quelmar/history. Commands given with -c or -s, or through a\n"
+        "pipe, stop at the first one that fails, and errors name its line. The end\n"
+        "of the commands behaves like \"quit\"; so do SIGTERM and SIGHUP, which in a\n"
+        "script end it between two commands. Exit status: 0 on success, 1 when a\n"
+        "command failed or changes were left unsaved, 2 for a wrong command line.\n";
 }
 
 }

@@ -12,8 +12,10 @@ struct Options {
     /** Text of -c, commands separated by semicolons */
     std::string commands;
     bool hasCommands{};
-    /** File of -s, one command a line */
+    /** File of -s, one command a line; "-" for standard input */
     std::string script;
+    /** Show every command before its output */
+    bool echo{};
     bool help{};
     bool version{};
 };

@@ -4,15 +4,21 @@
 
 #include <iostream>
 
+#include "Colour.h"
+
 namespace quelmar {
 
 bool Program::fail(const std::string& message) const {
-    std::cerr << "error: " << location << message << std::endl;
+    std::cerr << painted(colourErr, Paint::Error, "error:") << ' ' << printable(location + message) << std::endl;
     return false;
 }
 
+void Program::warn(const std::string& message) const {
+    std::cerr << painted(colourErr, Paint::Warning, "warning:") << ' ' << printable(message) << std::endl;
+}
+
 bool Program::report(const EditResult& result) const {
-    for(const std::string& warning: result.warnings()) std::cerr << "warning: " << warning << std::endl;
+    for(const std::string& warning: result.warnings()) warn(warning);
     return result ? true : fail(result.message());
 }
 

@@ -14,8 +14,11 @@ using QuelmarEngine::EditResult;
 using QuelmarEngine::EditSession;
 
 struct Program {
-    /** Prints @p message as one error line and returns false */
+    /** Prints @p message as one error line, control bytes escaped, and returns false */
     bool fail(const std::string& message) const;
+
+    /** Prints @p message as one warning line */
+    void warn(const std::string& message) const;
 
     /** Prints the warnings of @p result and, if it failed, why; returns whether it succeeded */
     bool report(const EditResult& result) const;
@@ -28,6 +31,10 @@ struct Program {
     /** Put before every error message, for example the script line */
     std::string location;
     bool quitRequested{};
+    /** Whether every command is shown before its output, as in a demo */
+    bool echo{};
+    /** Whether standard output and standard error take colour */
+    bool colourOut{}, colourErr{};
 };
 
 /** @p text as a view, for the session's arguments */

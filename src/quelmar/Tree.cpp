@@ -2,9 +2,11 @@
    it as JSON. */
 #include "Tree.h"
 
+#include <iostream>
 #include <string>
 #include <vector>
 
+#include "Colour.h"
 #include "JsonOutput.h"
 #include "Objects.h"
 #include "Program.h"
@@ -54,17 +56,20 @@ void printTree(Program& program, const TreeView& view, std::ostream& out) {
     /* Whether the ancestor at each depth is the last of its siblings, which
        decides between a continuing line and blank space below it */
     std::vector<bool> lastAtDepth(DrawnDepth + 1);
-    std::string line;
+    const bool colour = program.colourOut && &out == &std::cout;
+    std::string line, guides;
     visitTree(editor, view, [&](const std::size_t p, const std::size_t depth, const std::size_t hidden) {
         line.clear();
+        guides.clear();
         if(depth) {
             const std::size_t parent = hierarchy[p].parent;
             const bool last = p + hierarchy[p].descendants == parent + hierarchy[parent].descendants;
             const std::size_t drawn = depth < DrawnDepth ? depth : DrawnDepth;
             lastAtDepth[drawn] = last;
-            for(std::size_t d = 1; d < drawn; ++d) line += lastAtDepth[d] ? "    " : "│   ";
-            if(depth > DrawnDepth) line += "··· ";
-            line += last ? "└── " : "├── ";
+            for(std::size_t d = 1; d < drawn; ++d) guides += lastAtDepth[d] ? "    " : "│   ";
+            if(depth > DrawnDepth) guides += "··· ";
+            guides += last ? "└── " : "├── ";
+            line = painted(colour, Paint::Guide, guides);
         }
         if(p) {
             const char* const key = keyAt(graph, p);
@@ -72,7 +77,7 @@ void printTree(Program& program, const TreeView& view, std::ostream& out) {
             line += ' ';
             line += displayName(program, key);
             if(depth > DrawnDepth) line += " (depth " + std::to_string(depth) + ")";
-            if(editor.data.isSelected(graph.positionToIndex()[p])) line += " *";
+            if(editor.data.isSelected(graph.positionToIndex()[p])) line += " " + painted(colour, Paint::Selected, "*");
         } else line += "(root)";
         if(hidden) line += " (" + std::to_string(hidden) + " more below)";
         out << line << '\n';
