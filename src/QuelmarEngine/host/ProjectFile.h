@@ -11,6 +11,7 @@
 #include <rapidjson/document.h>
 
 #include "QuelmarEngine/MemberIndex.h"
+#include "QuelmarEngine/host/HostPointer.h"
 #include "QuelmarEngine/host/JsonFileLayout.h"
 #include "QuelmarEngine/host/JsonObject.h"
 #include "QuelmarEngine/host/KeyGenerator.h"
@@ -150,7 +151,7 @@ class ProjectFile: public ValueAccess {
         void documentChanged();
 
         /** The document; null only when a host unset it */
-        Containers::Pointer<rapidjson::Document> document;
+        HostPointer<rapidjson::Document> document;
 
     private:
         mutable MemberIndex _memberIndex;
