@@ -4,7 +4,7 @@ ASAN_BUILD ?= build-asan
 TSAN_BUILD ?= build-tsan
 JOBS ?= $(shell nproc)
 
-.PHONY: setup build test demo sanitize tsan bench bench-smoke bench-memory clean
+.PHONY: setup build test demo sanitize tsan bench bench-smoke bench-memory fuzz package-check clean
 
 setup:
 	@./scripts/setup
@@ -24,7 +24,7 @@ demo:
 	{ ./scripts/setup && cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo && \
 	  cmake --build $(BUILD) -j $(JOBS) --target quelmar; } >$(DEMO_LOG) 2>&1 || \
 	{ tail -n 20 $(DEMO_LOG); echo "== the build failed; see $(DEMO_LOG)"; exit 1; }
-	@dir=$$(mktemp -d) && cp examples/* "$$dir" && cd "$$dir" && \
+	@dir=$$(mktemp -d) && find examples -maxdepth 1 -type f -exec cp {} "$$dir" \; && cd "$$dir" && \
 	echo "== quelmar scene.json --echo -s demo.quelmar, in $$dir" && \
 	"$(abspath $(BUILD))/src/quelmar" scene.json --echo -s demo.quelmar
 
@@ -63,5 +63,27 @@ bench-memory: setup
 	cmake --build $(BENCH_BUILD) -j $(JOBS) --target QuelmarMemoryFigures
 	$(BENCH_BUILD)/bench/QuelmarMemoryFigures $(BENCH_FLAGS)
 
+# The fuzz targets in their own clang build, each run for FUZZ_SECONDS on a
+# working corpus in the build folder seeded from fuzz/corpus/; any finding
+# stops the run and fails, the input kept in $(FUZZ_BUILD)/findings/
+FUZZ_BUILD ?= build-fuzz
+FUZZ_SECONDS ?= 60
+FUZZERS = ProjectLoaderFuzzer ClipboardReaderFuzzer CommandSequenceFuzzer
+fuzz:
+	@./scripts/setup fuzz
+	cmake -S . -B $(FUZZ_BUILD) -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+		-DQUELMAR_BUILD_TESTS=OFF -DQUELMAR_BUILD_FUZZERS=ON
+	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target $(FUZZERS)
+	@set -e; mkdir -p $(FUZZ_BUILD)/findings; for f in $(FUZZERS); do \
+		mkdir -p $(FUZZ_BUILD)/corpus/$$f; \
+		echo "== $$f for $(FUZZ_SECONDS) s"; \
+		$(FUZZ_BUILD)/fuzz/$$f -max_total_time=$(FUZZ_SECONDS) -timeout=60 -print_final_stats=1 \
+			-artifact_prefix=$(FUZZ_BUILD)/findings/$$f- $(FUZZ_BUILD)/corpus/$$f fuzz/corpus/$$f; \
+	done
+
+# Installs to a temporary prefix and builds and runs examples/embed from it
+package-check: build
+	./scripts/check-package $(BUILD)
+
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(BENCH_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD)

@@ -60,7 +60,7 @@ class QuelmarProgramTest: public testing::Test {
             char pattern[] = "/tmp/quelmar-test-XXXXXX";
             ASSERT_TRUE(::mkdtemp(pattern));
             dir = pattern;
-            ASSERT_EQ(std::system(("cp " + shellQuoted(source + "/examples") + "/* " + shellQuoted(dir)).data()), 0);
+            ASSERT_EQ(std::system(("cp -r " + shellQuoted(source + "/examples") + "/* " + shellQuoted(dir)).data()), 0);
         }
 
         void TearDown() override {

@@ -214,3 +214,45 @@ TEST_F(ReparentTest, RandomMovesKeepEveryWorldPlacement) {
 }
 
 }
+
+TEST_F(ReparentTest, NearDegenerateMovesThenRebuild) {
+    /* Columns almost parallel, almost vanishing or mirrored: the rotation
+       taken out of every world matrix after the moves still has to be one,
+       to the few ulps quaternion conversion allows */
+    constexpr std::size_t ObjectCount = 16;
+    std::mt19937 random{20261123};
+    std::normal_distribution<float> normal;
+    auto vector = [&] { return Magnum::Vector3{normal(random), normal(random), normal(random)}; };
+    auto small = [&] { return std::pow(10.0f, -2.0f - float(random() % 4)); };
+    std::vector<std::string> keys;
+    std::ostringstream project;
+    project.precision(9);
+    project << R"({"objects":{)";
+    for(std::size_t i = 0; i != ObjectCount; ++i) {
+        keys.push_back("o" + std::to_string(i));
+        const Magnum::Vector3 a = vector();
+        const Matrix3x3 columns{a, a + vector()*small(), random() % 2 ? vector()*small() : -vector()};
+        const Matrix4 local = Matrix4::from(columns, vector());
+        project << (i ? "," : "") << '"' << keys[i] << R"(":{)";
+        if(i) project << R"("parent":")" << keys[random() % i] << R"(",)";
+        project << R"("transformation":[)";
+        for(std::size_t j = 0; j != 16; ++j) project << (j ? "," : "") << local.data()[j];
+        project << "]}";
+    }
+    load(project.str() + "}}");
+    auto isBelow = [&](const std::string& key, const std::string& ancestor) {
+        for(unsigned short current = index(key); current; current = graph().positionToIndex()[graph().hierarchy()[graph().indexToPosition()[current]].parent])
+            if(current == index(ancestor)) return true;
+        return false;
+    };
+    for(std::size_t move = 0; move != 300; ++move) {
+        const std::string& key = keys[random() % ObjectCount];
+        const std::string& parent = keys[random() % ObjectCount];
+        if(!isBelow(parent, key)) reparentObjectKeepTransform(editor, key.data(), parent.data());
+        graph().computeAbsoluteTransformations();
+    }
+    std::vector<Matrix4> before;
+    for(const std::string& key: keys) before.push_back(world(key));
+    editor.rebuildScene();
+    for(std::size_t i = 0; i != ObjectCount; ++i) EXPECT_EQ(world(keys[i]), before[i]) << keys[i];
+}

@@ -60,7 +60,7 @@ TEST_F(ArrayTest, ReserveNeverShrinksAndConvertsNonGrowable) {
 
 TEST_F(ArrayTest, ResizeExactlyToSize) {
     /* A non-growable array moves to a growable allocation of exactly the size */
-    Array<Counted> a{2};
+    Array<Counted> a{ValueInit, 2};
     a[0].value = 10; a[1].value = 11;
     arrayResize(a, 3);
     EXPECT_EQ(a.deleter(), Containers::ArrayNewAllocator<Counted>::deleter);
@@ -94,7 +94,7 @@ TEST_F(ArrayTest, ResizeExactlyToSize) {
 }
 
 TEST_F(ArrayTest, AppendGrowsGeometrically) {
-    Array<Counted> a{1};
+    Array<Counted> a{ValueInit, 1};
     a[0].value = 7;
     const Counted value{8};
     Counted& appended = arrayAppend(a, value);

@@ -86,4 +86,13 @@ TEST(QuaternionTest, FromMatrixRoundTrip) {
     }
 }
 
+TEST(QuaternionDeathTest, FromMatrixWantsRotation) {
+    /* A determinant 3e-5 away from 1 is too far; the matrix is printed row by row */
+    EXPECT_DEATH(Quaternion::fromMatrix(Matrix3x3{Vector3{1.0f, 0.0f, 0.0f}, Vector3{0.0f, 1.0f, 0.0f}, Vector3{0.0f, 0.5f, 1.00003f}}),
+        ::testing::Eq("Math::Quaternion::fromMatrix(): the matrix is not a rotation:\n"
+                      "Matrix(1, 0, 0,\n"
+                      "       0, 1, 0.5,\n"
+                      "       0, 0, 1.00003)\n"));
+}
+
 }

@@ -25,9 +25,8 @@ namespace Implementation {
  * @brief Array
  *
  * Move-only owner of @p size items. On destruction calls the deleter, or
- * @cpp delete[] @ce if the deleter is null. Note that @cpp Array<T>{0} @ce is
- * ambiguous with the @cpp nullptr @ce constructor; write
- * @cpp Array<T>{std::size_t{}} @ce or use the default constructor.
+ * @cpp delete[] @ce if the deleter is null. A size alone doesn't make an
+ * array: say how the items start, with @ref ValueInit or @ref NoInit.
  */
 template<class T, class D> class Array {
     public:
@@ -49,9 +48,6 @@ template<class T, class D> class Array {
         explicit Array(NoInitT, std::size_t size): _data{size ? reinterpret_cast<T*>(new char[size*sizeof(T)]) : nullptr}, _size{size}, _deleter{size ? Implementation::noInitDeleter<T> : D{}} {
             static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__, "over-aligned types are not supported");
         }
-
-        /** @brief Same as @ref Array(ValueInitT, std::size_t) */
-        explicit Array(std::size_t size): Array{ValueInit, size} {}
 
         /** @brief Take over @p data; a null @p deleter means @cpp delete[] @ce */
         /*implicit*/ Array(T* data, std::size_t size, D deleter = D{}) noexcept: _data{data}, _size{size}, _deleter{deleter} {}

@@ -96,15 +96,26 @@ template<std::size_t size, class T> class Matrix {
             return out;
         }
 
-        /** @brief Determinant, by cofactor expansion */
+        /**
+         * @brief Determinant
+         *
+         * By cofactor expansion along the first row, except for 3x3
+         * matrices, which expand along the first column; results are the
+         * same to the last bit as the real library's.
+         */
         T determinant() const { return Implementation::MatrixDeterminant<size, T>()(*this); }
+
+        /** @brief Cofactor, the signed determinant of @ref ij() */
+        T cofactor(std::size_t col, std::size_t row) const {
+            return (((row + col) & 1) ? -1 : 1)*ij(col, row).determinant();
+        }
 
         /** @brief Matrix of cofactors */
         Matrix<size, T> comatrix() const {
             Matrix<size, T> out;
             for(std::size_t col = 0; col != size; ++col)
                 for(std::size_t row = 0; row != size; ++row)
-                    out._data[col][row] = ((col + row) % 2 ? T(-1) : T(1))*ij(col, row).determinant();
+                    out._data[col][row] = cofactor(col, row);
             return out;
         }
 
@@ -135,8 +146,16 @@ template<std::size_t size, class T> struct MatrixDeterminant {
     T operator()(const Matrix<size, T>& m) const {
         T out{};
         for(std::size_t col = 0; col != size; ++col)
-            out += (col % 2 ? T(-1) : T(1))*m[col][0]*m.ij(col, 0).determinant();
+            out += m[col][0]*m.cofactor(col, 0);
         return out;
+    }
+};
+
+template<class T> struct MatrixDeterminant<3, T> {
+    T operator()(const Matrix<3, T>& m) const {
+        return m[0][0]*((m[1][1]*m[2][2]) - (m[2][1]*m[1][2])) -
+            m[0][1]*(m[1][0]*m[2][2] - m[2][0]*m[1][2]) +
+            m[0][2]*(m[1][0]*m[2][1] - m[2][0]*m[1][1]);
     }
 };
 

@@ -2,6 +2,10 @@
 #ifndef Magnum_Math_Quaternion_h
 #define Magnum_Math_Quaternion_h
 
+#include <cmath>
+#include <cstdlib>
+#include "Corrade/Utility/Debug.h"
+
 #include "Magnum/Math/Angle.h"
 #include "Magnum/Math/Matrix.h"
 
@@ -31,7 +35,9 @@ template<class T> class Quaternion {
         /**
          * @brief Unit quaternion from a rotation matrix
          *
-         * Expects that the matrix is orthogonal with determinant 1. Works for
+         * Expects a determinant within three epsilons of 1, as the real
+         * library does in its debug builds; anything else prints the matrix
+         * and aborts, in every build type. Works for
          * every rotation angle including 180 degrees. @p q and @p -q give
          * the same rotation; callers must not rely on the sign.
          */
@@ -111,6 +117,21 @@ template<class T> inline T dot(const Quaternion<T>& a, const Quaternion<T>& b) {
    otherwise the largest diagonal element picks the largest vector component,
    which keeps the divisions well away from zero for 180 degree rotations */
 template<class T> Quaternion<T> Quaternion<T>::fromMatrix(const Matrix3x3<T>& m) {
+    /* A determinant of 1 leaves no shear or mirroring; columns of length
+       1 +- epsilon give a determinant of 1 +- 3 epsilon */
+    if(!(std::abs(m.determinant() - T(1)) < T(3)*TypeTraits<T>::epsilon())) {
+        {
+            Corrade::Utility::Error error{Corrade::Utility::Debug::Flag::NoSpace};
+            error << "Math::Quaternion::fromMatrix(): the matrix is not a rotation:\nMatrix(";
+            for(std::size_t row = 0; row != 3; ++row) {
+                if(row) error << ",\n       ";
+                for(std::size_t col = 0; col != 3; ++col) error << (col ? ", " : "") << m[col][row];
+            }
+            error << ")";
+        }
+        std::abort();
+    }
+
     const Vector<3, T> diagonal = m.diagonal();
     const T trace = diagonal[0] + diagonal[1] + diagonal[2];
 

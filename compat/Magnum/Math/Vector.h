@@ -95,8 +95,8 @@ template<std::size_t size, class T> class Vector {
         /** @brief Length */
         T length() const { return T(std::sqrt(dot())); }
 
-        /** @brief Vector of unit length in the same direction */
-        Vector<size, T> normalized() const { return *this/length(); }
+        /** @brief Vector of unit length in the same direction, multiplied by the inverted length as the real library does */
+        Vector<size, T> normalized() const { return *this*(T(1)/length()); }
 
     private:
         T _data[size];

@@ -56,8 +56,14 @@ Matrix3x3 rotationOf(const Matrix3x3& columns, const Vector3& lengths) {
         const Vector3 along{out[first]};
         const Vector3 rest = Vector3{columns[second]} - along*Magnum::Math::dot(Vector3{columns[second]}, along);
         const Magnum::Float restLength = rest.length();
-        /* Parallel to the first column: nothing of its own is left */
-        out[second] = restLength > lengths[second]*1.0e-6f ? rest/restLength : perpendicularTo(along);
+        /* Parallel to the first column: nothing of its own is left.
+           Otherwise once more, as what is left of a column close to the
+           first still leans on it by the rounding of the first pass, and
+           quaternion conversion wants a determinant within 3e-5 of 1 */
+        if(restLength > lengths[second]*1.0e-6f) {
+            const Vector3 unit = rest/restLength;
+            out[second] = (unit - along*Magnum::Math::dot(unit, along)).normalized();
+        } else out[second] = perpendicularTo(along);
     } else if(withLength == 1) out[second] = perpendicularTo(Vector3{out[first]});
     /* With no column of any length the identity's columns stay */
 

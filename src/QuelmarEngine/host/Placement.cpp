@@ -47,7 +47,12 @@ Matrix3x3d rotationOf(const Matrix3x3d& columns, const Vector3d& lengths) {
     if(withLength > 1) {
         const Vector3d along{out[order[0]]};
         const Vector3d rest = Vector3d{columns[order[1]]} - along*Magnum::Math::dot(Vector3d{columns[order[1]]}, along);
-        out[order[1]] = rest.length() > lengths[order[1]]*1.0e-12 ? rest.normalized() : perpendicularTo(along);
+        /* Twice, as what is left of a column close to the first still leans
+           on it by the rounding of the first pass */
+        if(rest.length() > lengths[order[1]]*1.0e-12) {
+            const Vector3d unit = rest.normalized();
+            out[order[1]] = (unit - along*Magnum::Math::dot(unit, along)).normalized();
+        } else out[order[1]] = perpendicularTo(along);
     } else if(withLength == 1) out[order[1]] = perpendicularTo(Vector3d{out[order[0]]});
     const std::size_t third = order[2];
     out[third] = Magnum::Math::cross(Vector3d{out[(third + 1) % 3]}, Vector3d{out[(third + 2) % 3]});

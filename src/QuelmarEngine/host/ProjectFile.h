@@ -12,6 +12,7 @@
 
 #include "QuelmarEngine/MemberIndex.h"
 #include "QuelmarEngine/host/FileStamp.h"
+#include "QuelmarEngine/host/HostPointer.h"
 #include "QuelmarEngine/host/JsonFileLayout.h"
 #include "QuelmarEngine/host/JsonObject.h"
 #include "QuelmarEngine/host/KeyGenerator.h"
@@ -154,7 +155,7 @@ class ProjectFile: public ValueAccess {
         void documentChanged();
 
         /** The document; null only when a host unset it */
-        Containers::Pointer<rapidjson::Document> document;
+        HostPointer<rapidjson::Document> document;
 
     private:
         mutable MemberIndex _memberIndex;

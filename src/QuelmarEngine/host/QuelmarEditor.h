@@ -9,6 +9,7 @@
 
 #include "QuelmarEngine/ChangeManager.h"
 #include "QuelmarEngine/host/EditorData.h"
+#include "QuelmarEngine/host/HostPointer.h"
 #include "QuelmarEngine/host/ObjectLookup.h"
 #include "QuelmarEngine/host/Scene.h"
 
@@ -72,9 +73,9 @@ class QuelmarEditor {
         std::size_t rebuildCount() const;
 
         EditorData data;
-        Containers::Pointer<Scene> scene;
-        Containers::Pointer<ChangeManager> changeManager;
-        Containers::Pointer<ObjectLookup> objectLookup;
+        HostPointer<Scene> scene;
+        HostPointer<ChangeManager> changeManager;
+        HostPointer<ObjectLookup> objectLookup;
 
     private:
         void reset();

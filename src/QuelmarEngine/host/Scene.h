@@ -2,15 +2,14 @@
 #define QuelmarEngine_host_Scene_h
 /* The scene, which holds the scene graph. */
 
-#include <Corrade/Containers/Pointer.h>
-
 #include "QuelmarEngine/host/DynamicSceneGraph.h"
+#include "QuelmarEngine/host/HostPointer.h"
 
 namespace QuelmarEngine {
 
 class Scene {
     public:
-        Containers::Pointer<Data::DynamicSceneGraph<unsigned short>> sceneGraph;
+        HostPointer<Data::DynamicSceneGraph<unsigned short>> sceneGraph;
 };
 
 }

@@ -1,0 +1,87 @@
+/* The project loader on any text: a refused text leaves the empty project
+   alone; a loaded one writes out as text that loads to itself, its
+   consistency check and a purge of its deleted records go through, and
+   copying every object and pasting it back is one step that undo takes back
+   to the loaded document byte for byte and redo brings back the same way. */
+
+#include <cstdint>
+#include <Corrade/Containers/ArrayView.h>
+
+#include "FuzzSession.h"
+
+using namespace QuelmarFuzz;
+
+namespace {
+
+/* Selects every live object, whatever its name; returns how many */
+std::size_t selectEverything(EditSession& session) {
+    std::vector<std::string> live;
+    for(const std::string& key: objectKeys(session)) {
+        const EditResult found = session.findObject({key.data(), key.size()});
+        if(found && found.keys().size() == 1 && found.keys()[0] == key) live.push_back(key);
+    }
+    std::vector<Containers::StringView> references;
+    for(const std::string& key: live) references.emplace_back(key.data(), key.size());
+    check(bool(session.select({references.data(), references.size()})), "selecting every live object by its key failed");
+    return live.size();
+}
+
+/* Purging every deleted record, references left dangling or not, is one step
+   that undo takes back byte for byte */
+void purgeAndUndo(EditSession& session, const std::string& loaded) {
+    const EditResult purged = session.purge({}, DanglingReferences::Leave);
+    if(!session.undoCount()) {
+        check(documentOf(session) == loaded, "a purge that left no step changed the document");
+        return;
+    }
+    check(bool(purged) && session.undoCount() == 1, "a purge left other than one step");
+    check(bool(session.undo()), "undoing a purge failed");
+    check(documentOf(session) == loaded, "undoing a purge didn't give the loaded document back");
+}
+
+void copyAndPasteBack(EditSession& session, const std::string& loaded) {
+    if(!selectEverything(session)) return;
+    const EditResult copied = session.copy(SelectionExtent::Trees);
+    check(bool(copied), "copying every live object failed");
+    const std::size_t recordsBefore = objectKeys(session).size();
+    const std::size_t undoBefore = session.undoCount();
+    const EditResult pasted = session.paste({copied.text().data(), copied.text().size()}, PastePlacement::Beside);
+    if(!pasted) {
+        check(documentOf(session) == loaded, "a refused paste of the copy changed the document");
+        check(session.undoCount() == undoBefore, "a refused paste of the copy left a step");
+        return;
+    }
+    check(objectKeys(session).size() == recordsBefore + copied.keys().size(), "pasting the copy didn't add a record per copied object");
+    check(session.undoCount() == undoBefore + 1 && session.redoCount() == 0, "pasting the copy wasn't one step");
+    const std::string afterPaste = documentOf(session);
+    check(bool(session.undo()), "undoing the paste failed");
+    check(documentOf(session) == loaded, "undoing the paste didn't give the loaded document back");
+    check(bool(session.redo()), "redoing the paste failed");
+    check(documentOf(session) == afterPaste, "redoing the paste didn't give the pasted document back");
+}
+
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const Quiet quiet;
+    const Containers::StringView text{reinterpret_cast<const char*>(data), size};
+    EditSession session;
+    const std::string empty = documentOf(session);
+    if(!session.openText(text)) {
+        check(documentOf(session) == empty, "a refused project changed the document held");
+        return 0;
+    }
+    countKeys(session);
+    const std::string loaded = documentOf(session);
+
+    /* What the project writes is what it reads back */
+    EditSession reloaded;
+    check(bool(reloaded.openText({loaded.data(), loaded.size()})), "the document written from a loaded project doesn't load");
+    check(documentOf(reloaded) == loaded, "the document written from a loaded project loads as another");
+
+    /* Looks at every record, whatever it holds */
+    static_cast<void>(session.inconsistencies());
+    purgeAndUndo(session, loaded);
+    copyAndPasteBack(session, loaded);
+    return 0;
+}
