@@ -11,6 +11,7 @@
 #include <sstream>
 #include <string>
 #include <vector>
+#include <unistd.h>
 #include <benchmark/benchmark.h>
 #include <Corrade/Utility/Debug.h>
 #include <rapidjson/stringbuffer.h>
@@ -20,6 +21,7 @@
 #include "MapHistory.h"
 #include "QuelmarEngine/ChangeManager.h"
 #include "QuelmarEngine/Tools/ProjectTools.h"
+#include "QuelmarEngine/host/EditSession.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
 
 using namespace QuelmarEngine;
@@ -225,6 +227,70 @@ void registerRename(const std::size_t n) {
     });
 }
 
+/* Whole session steps on a project file in a fresh folder under TMPDIR, with
+   the recovery journal ("session") and without ("sessionNoJournal"): a value
+   edit, and a duplicate of the first 5,000 objects; each undone untimed */
+void registerSessionSteps(const std::size_t n, const int iterations) {
+    const std::size_t count = std::min<std::size_t>(5000, n/2);
+    for(const bool journal: {true, false}) {
+        const std::string kind = journal ? "/session/" : "/sessionNoJournal/";
+        const auto run = [=](benchmark::State& state, const std::function<void(EditSession&)>& before, const std::function<void(EditSession&)>& timed) {
+            const char* const temporary = std::getenv("TMPDIR");
+            std::string folder = std::string{temporary && *temporary ? temporary : "/tmp"} + "/QuelmarBenchmark.XXXXXX";
+            if(!::mkdtemp(folder.data())) return state.SkipWithError("can't make a folder");
+            const std::string file = folder + "/project.json";
+            std::FILE* const out = std::fopen(file.data(), "wb");
+            const std::string text = projectText(n);
+            std::fwrite(text.data(), 1, text.size(), out);
+            std::fclose(out);
+            {
+                EditSession session;
+                session.setJournalling(journal);
+                if(!session.open({file.data(), file.size()})) return state.SkipWithError("can't open the project");
+                measure(state, 1, [&](std::size_t) { before(session); }, [&]{ timed(session); },
+                    [&](std::size_t) { static_cast<void>(session.undo()); });
+            }
+            std::remove((folder + "/.project.json.journal").data());
+            std::remove(file.data());
+            ::rmdir(folder.data());
+        };
+        std::shared_ptr<std::size_t> next = std::make_shared<std::size_t>();
+        registerManual("step/set" + kind + std::to_string(n), [=](benchmark::State& state) {
+            const std::string path = "/objects/" + objectKey(n/2) + "/name";
+            run(state, [](EditSession&) {}, [=](EditSession& session) {
+                const std::string value = "\"Renamed " + std::to_string(++*next) + "\"";
+                static_cast<void>(session.set({path.data(), path.size()}, {value.data(), value.size()}));
+            });
+        }, iterations*10);
+        registerManual("step/duplicate" + std::to_string(count) + kind + std::to_string(n), [=](benchmark::State& state) {
+            std::vector<std::string> keys;
+            for(std::size_t i = 0; i != count; ++i) keys.push_back(objectKey(i));
+            std::vector<Containers::StringView> references;
+            for(const std::string& key: keys) references.emplace_back(key.data(), key.size());
+            run(state, [&](EditSession& session) { static_cast<void>(session.select({references.data(), references.size()})); },
+                [](EditSession& session) { static_cast<void>(session.duplicate(SelectionExtent::Objects)); });
+        }, iterations);
+    }
+}
+
+/* What the journal adds to the duplicate of 5,000 objects: its entry built
+   from the step's records and framed, without the write */
+void registerJournalEntry(const std::size_t n, const int iterations) {
+    const std::size_t count = std::min<std::size_t>(5000, n/2);
+    registerManual("journalEntry/duplicate" + std::to_string(count) + "/project/" + std::to_string(n), [=](benchmark::State& state) {
+        StringArray keys{count};
+        for(std::size_t i = 0; i != count; ++i) keys.add(objectKey(i).data());
+        Project& p = project(n);
+        measure(state, 1, [&](std::size_t) { selectObjects(p.editor, keys); duplicate(p.editor); }, [&]{
+            const ChangeManager& manager = *p.editor.changeManager;
+            JournalStep entry{"duplicate"};
+            for(int i = manager.lastChangeIndex(); i >= 0 && manager.change(i).group == manager.change(manager.lastChangeIndex()).group; --i)
+                entry.add({manager.change(i).path.data(), manager.change(i).path.size() - 1}, manager.change(i).newValue.get());
+            benchmark::DoNotOptimize(journalFrame(entry.finish()));
+        }, [&](std::size_t) { p.editor.changeManager->undoLast(); });
+    }, iterations);
+}
+
 void registerLoadAndSave(const std::size_t n, const int iterations) {
     const std::string size = std::to_string(n);
     registerManual("load/project/" + size, [=](benchmark::State& state) {
@@ -281,6 +347,8 @@ int main(int argc, char** argv) {
         registerRemovals(n);
         registerRename(n);
         registerDuplicate(n, 10);
+        registerSessionSteps(n, 10);
+        registerJournalEntry(n, 10);
         registerLoadAndSave(n, 10);
     }
     benchmark::Initialize(&count, arguments.data());

@@ -201,7 +201,8 @@ TEST_F(QuelmarProgramTest, ExitStatusesAndEndsOfRuns) {
         {"scene.json -s -", "tree\nfrob\x1b[A\n", 1, "(root)\n", "error: stdin:2: unknown command frob\\x1b[A; \"help\" lists the commands\n"},
         /* Semicolons inside quotes belong to the argument */
         {"scene.json -c 'set /objects/hero/name \"A;B\"; get /objects/hero/name; quit!'", "", 0, "\"A;B\"\n", ""},
-        {"scene.json", "add Crate\n", 1, "K0001\n", "error: there are unsaved changes (1 step: add Crate); they are lost\n"},
+        {"scene.json", "add Crate\n", 1, "K0001\n", "error: there are unsaved changes (1 step: add Crate); the journal .scene.json.journal keeps them for recover\n"},
+        {"scene.json --no-journal", "add Crate\n", 1, "K0001\n", "error: there are unsaved changes (1 step: add Crate); they are lost\n"},
         {"scene.json -c 'set /skins/heroSkin/joints/0 \"x\"; check'", "", 1, "/skins/heroSkin/joints/0: there is no object x\n",
             "warning: /skins/heroSkin/joints/0: there is no object x\nerror: the project has 1 inconsistency\n"},
         /* Saved, undone and replaced by another change: the opened state is not the saved one */
@@ -215,6 +216,8 @@ TEST_F(QuelmarProgramTest, ExitStatusesAndEndsOfRuns) {
         EXPECT_EQ(withStableKeys(result.out).substr(0, std::strlen(expected.out)), expected.out);
         EXPECT_EQ(withStableKeys(result.err), expected.err);
         EXPECT_EQ(readText(path("scene.json")), original);
+        /* Each run starts without the work an earlier one left */
+        std::remove(path(".scene.json.journal").data());
     }
     EXPECT_NE(readText(path("new.json")).find("\"name\": \"A\""), std::string::npos);
 }
@@ -234,7 +237,7 @@ TEST_F(QuelmarProgramTest, Commands) {
             "├── K0001 \"Crate\"\n"
             "└── K0003 \"Crate.001\"\n"
             "file: scene.json\nobjects: 8 in the scene, 4 deleted\nselected: 0\n"
-            "history: 5 steps to undo, 0 to redo (10 of 10 changes applied)\nunsaved changes\n"},
+            "history: 5 steps to undo, 0 to redo (10 of 10 changes applied)\nunsaved changes\njournal: .scene.json.journal, 5 entries\n"},
         /* Plain reparenting keeps local transformations, one step for all */
         {"select head sword; reparent camera; get /objects/head/parent; get /objects/sword/transformation; undo; get /objects/head/parent",
             "Reparenting object head to camera\nReparenting object sword to camera\n\"camera\"\n"
@@ -493,7 +496,13 @@ TEST_F(QuelmarProgramTest, TerminalSessions) {
         "kill -TERM $(cat .pid); } | sh -c 'echo $$ >.pid; exec \"$0\" scene.json' " + shellQuoted(binary) + " >.stdout 2>.stderr").data());
     const Outcome script = outcome(status);
     EXPECT_EQ(script.status, 128 + SIGTERM);
-    EXPECT_EQ(script.err, "error: stopped by SIGTERM; there are unsaved changes (1 step: add Crate); they are lost\n");
+    EXPECT_EQ(script.err, "error: stopped by SIGTERM; there are unsaved changes (1 step: add Crate); the journal .scene.json.journal keeps them for recover\n");
+    /* Which the next session is offered */
+    const Outcome recovered = run("scene.json -c 'recover; status; quit!'");
+    EXPECT_EQ(recovered.err, "warning: the journal .scene.json.journal holds 1 entry of unsaved work from a session that ended without saving; "
+        "the project is read-only until it is recovered or discarded\nwarning: recover replays the journal, discard-journal drops it\n");
+    EXPECT_EQ(recovered.out, "replayed 1 entry: 1 step to undo, 0 to redo\nfile: scene.json\n"
+        "objects: 10 in the scene\nselected: 0\nhistory: 1 step to undo, 0 to redo (2 of 2 changes applied)\nunsaved changes\njournal: .scene.json.journal, 1 entry\n");
 }
 
 /* A save keeps the file's layout: an edit of one line changes that line,
@@ -536,6 +545,7 @@ TEST_F(QuelmarProgramTest, HostileInputDoesNotAbort) {
             const Outcome result = run(project, input + "tree\nhistory\nquit!\n");
             EXPECT_TRUE(result.status == 0 || result.status == 1) << result.status << result.err;
             EXPECT_FALSE(std::regex_search(result.err, std::regex{"(^|\n)(?!error: |warning: |$)"})) << result.err;
+            std::remove(path("." + std::string{project} + ".journal").data());
         }
     }
 }
@@ -546,7 +556,8 @@ TEST_F(QuelmarProgramTest, HostileInputDoesNotAbort) {
    the signal ignored the write fails instead and the save reports it */
 TEST_F(QuelmarProgramTest, InterruptedSaveKeepsTheOldFile) {
     const std::string original = readText(path("scene.json"));
-    const std::string commands = "-c 'set /padding \"" + std::string(20000, 'x') + "\"; save'";
+    /* Without a journal, whose entry would reach the limit first */
+    const std::string commands = "--no-journal -c 'set /padding \"" + std::string(20000, 'x') + "\"; save'";
 
     const Outcome killed = run("scene.json " + commands, {}, "ulimit -f 16;");
     EXPECT_EQ(killed.status, 128 + SIGXFSZ);

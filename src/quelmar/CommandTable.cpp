@@ -116,7 +116,17 @@ const std::vector<Command>& commands() {
             "what it was and how many changes it made. With --changes every change\n"
             "instead, with the number of its step.", {"--changes", "--json"}, 0, 0, false, runHistory},
         {"save", "save [PATH]", "write the project to PATH or to its file, atomically",
-            "Saving to PATH makes PATH the project's file.", {}, 0, 1, false, runSave},
+            "Saving to PATH makes PATH the project's file. Saving to the project's file\n"
+            "is refused when another program changed it since it was opened or saved,\n"
+            "naming what changed; save! writes over it.", {}, 0, 1, false, runSave},
+        {"save!", "save! [PATH]", "save, writing over changes made to the file by others", "", {}, 0, 1, false, runForceSave},
+        {"recover", "recover", "replay the journal of unsaved work left by a session that ended",
+            "Rebuilds the document, the steps to undo and redo, and the saved state from\n"
+            "the journal found beside the project when it was opened. A damaged last\n"
+            "entry is dropped with a warning.", {}, 0, 0, false, runRecover},
+        {"discard-journal", "discard-journal", "drop the journal of unsaved work",
+            "After opening: forget the work it holds, keeping the project as saved.\n"
+            "During a session: a crash would then lose the unsaved changes.", {}, 0, 0, false, runDiscardJournal},
         {"quit", "quit", "leave; refused while there are unsaved changes", "", {}, 0, 0, false, runQuit},
         {"quit!", "quit!", "leave, discarding unsaved changes", "", {}, 0, 0, false, runForceQuit},
     };

@@ -19,6 +19,7 @@ bool parseOptions(const int argc, const char* const* const argv, Options& option
         const std::string argument = argv[i];
         if(argument == "--help" || argument == "-h") options.help = true;
         else if(argument == "--version") options.version = true;
+        else if(argument == "--no-journal") options.journal = false;
         else if(argument == "--echo") options.echo = true;
         else if(argument == "--history-limit") {
             if(i + 1 == argc || !parseMegabytes(argv[i + 1], options.historyLimit)) {
@@ -62,7 +63,7 @@ bool parseOptions(const int argc, const char* const* const argv, Options& option
 
 const char* usageText() {
     return
-        "usage: quelmar [PROJECT.json] [-c \"COMMAND; COMMAND...\" | -s SCRIPT] [--echo]\n"
+        "usage: quelmar [PROJECT.json] [-c \"COMMAND; COMMAND...\" | -s SCRIPT] [--echo] [--history-limit MB] [--no-journal]\n"
         "\n"
         "Opens PROJECT.json (a new one, written at the first save, when the file\n"
         "doesn't exist yet), or an empty project, and runs commands on it: those of\n"
@@ -72,6 +73,7 @@ const char* usageText() {
         "  -c COMMANDS  run these commands, separated by semicolons, and exit\n"
         "  -s SCRIPT    run the commands of SCRIPT (- for standard input) and exit\n"
         "  --echo       show each command, after \"> \", before its output\n"
+        "  --no-journal keep no recovery journal beside the project\n"
         "  --history-limit MB\n"
         "               keep at most MB megabytes of undo history (default 256);\n"
         "               past it the oldest steps are dropped\n"

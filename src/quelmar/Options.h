@@ -15,6 +15,8 @@ struct Options {
     bool hasCommands{};
     /** File of -s, one command a line; "-" for standard input */
     std::string script;
+    /** Whether to keep a recovery journal beside the project */
+    bool journal{true};
     /** Bytes the history may keep, from --history-limit in megabytes */
     std::size_t historyLimit{};
     bool hasHistoryLimit{};

@@ -89,9 +89,16 @@ bool runLine(Program& program, const std::string& line) {
     return succeeded;
 }
 
+std::string unsavedChangesFate(const Program& program) {
+    const EditSession& session = program.session;
+    if(session.journalEntryCount() && !session.isReadOnly())
+        return "; the journal " + session.journalPath() + " keeps them for recover";
+    return "; they are lost";
+}
+
 int finish(Program& program) {
     if(program.session.isSaved()) return 0;
-    program.fail(unsavedChangesText(program) + "; they are lost");
+    program.fail(unsavedChangesText(program) + unsavedChangesFate(program));
     return 1;
 }
 

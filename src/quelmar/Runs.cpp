@@ -16,11 +16,11 @@ namespace quelmar {
 
 namespace {
 
-/* Ends a run that isn't a person's session, saying what is lost */
+/* Ends a run that isn't a person's session, saying what becomes of the unsaved changes */
 [[noreturn]] void stopBy(Program& program, const int signal) {
     program.location.clear();
     program.fail(std::string{"stopped by "} + signalName(signal) +
-        (program.session.isSaved() ? std::string{} : "; " + unsavedChangesText(program) + "; they are lost"));
+        (program.session.isSaved() ? std::string{} : "; " + unsavedChangesText(program) + unsavedChangesFate(program)));
     dieOf(signal);
 }
 

@@ -51,6 +51,8 @@ bool runStatus(Program& program, const Arguments& arguments) {
     const std::size_t live = session.editor().scene->sceneGraph->header().objectCount - 1u;
     const std::size_t undo = session.undoCount();
     const std::size_t selected = session.selection().size();
+    const std::string diskChange = session.fileChangeOnDisk();
+    const std::string journal = session.journalPath();
 
     if(arguments.has("--json")) {
         JsonOutput output;
@@ -59,6 +61,10 @@ bool runStatus(Program& program, const Arguments& arguments) {
               .set("undo", undo).set("redo", session.redoCount())
               .set("appliedChanges", session.history().appliedRecordCount()).set("changes", session.recordCount())
               .set("saved", session.isSaved()).set("new", session.isNew())
+              .set("diskChange", diskChange.empty() ? rapidjson::Value{} : output.string(diskChange))
+              .set("readOnly", session.isReadOnly())
+              .set("journal", journal.empty() ? rapidjson::Value{} : output.string(journal))
+              .set("journalEntries", session.journalEntryCount())
               .print();
         return true;
     }
@@ -70,7 +76,14 @@ bool runStatus(Program& program, const Arguments& arguments) {
               << "selected: " << selected << '\n'
               << "history: " << undo << (undo == 1 ? " step" : " steps") << " to undo, " << session.redoCount() << " to redo ("
               << session.history().appliedRecordCount() << " of " << session.recordCount() << " changes applied)\n"
-              << (!session.isSaved() ? "unsaved changes" : session.isNew() ? "new project, not saved yet" : "saved") << std::endl;
+              << (!session.isSaved() ? "unsaved changes" : session.isNew() ? "new project, not saved yet" : "saved") << '\n';
+    const std::size_t entries = session.journalEntryCount();
+    const std::string entryText = std::to_string(entries) + (entries == 1 ? " entry" : " entries");
+    if(session.isReadOnly())
+        std::cout << "read-only: the journal " << journal << " holds unsaved work (" << entryText << "); recover or discard-journal\n";
+    else if(entries) std::cout << "journal: " << journal << ", " << entryText << '\n';
+    if(!diskChange.empty()) std::cout << "on disk: changed since opened or saved: " << diskChange << '\n';
+    std::cout << std::flush;
     return true;
 }
 

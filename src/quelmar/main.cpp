@@ -51,11 +51,14 @@ int main(int argc, char** argv) {
     }
 
     Program program;
+    program.session.setJournalling(options.journal);
     program.echo = options.echo;
     program.colourOut = wantsColour(1);
     program.colourErr = wantsColour(2);
     if(options.hasHistoryLimit) program.session.setHistoryBudget(options.historyLimit);
     if(!options.project.empty() && !program.report(program.session.open(view(options.project)))) return 1;
+    if(program.session.isReadOnly())
+        std::cerr << "warning: recover replays the journal, discard-journal drops it" << std::endl;
 
     if(options.hasCommands) return runAll(program, splitCommands(options.commands), {});
     if(options.script == "-") {

@@ -17,6 +17,8 @@ namespace {
 
 using Implementation::text;
 
+constexpr const char ReadOnlyMessage[] = "the project is read-only until its journal is recovered or discarded";
+
 /* The lines of @p stream's text */
 std::vector<std::string> linesOf(const std::ostringstream& stream) {
     std::vector<std::string> lines;
@@ -49,6 +51,10 @@ EditSession::EditSession() {
     _names.attach(_editor);
 }
 
+EditSession::~EditSession() {
+    closeJournal(false);
+}
+
 void EditSession::capturing(EditResult& result, const std::function<void()>& action) {
     std::ostringstream warnings;
     {
@@ -79,12 +85,14 @@ EditResult EditSession::load(const std::function<bool()>& loader, std::string pa
         result.fail(messageOf(errors, "can't load the project"));
         return result;
     }
+    closeJournal(false);
     _history.clear();
     _poolBaseline = poolSize();
     _path = std::move(path);
     _isNew = isNew;
     /* The load dropped the change handlers */
     _names.attach(_editor);
+    findJournal(result);
     return result;
 }
 
@@ -106,13 +114,17 @@ EditResult EditSession::openText(const Containers::StringView json) {
     return load([&]{ return _editor.loadFromString(json); }, {}, true);
 }
 
-EditResult EditSession::save() {
+EditResult EditSession::save(const DiskChanges changes) {
     if(_path.empty()) return EditResult::failure("the project has no file yet");
+    if(changes == DiskChanges::Refuse && !isReadOnly())
+        if(const std::string change = fileChangeOnDisk(); !change.empty())
+            return EditResult::failure(_path + " changed on disk since this session read or wrote it: " + change);
     return saveAs({_path.data(), _path.size()});
 }
 
 EditResult EditSession::saveAs(const Containers::StringView path) {
     expectHistoryInStep("EditSession::saveAs():");
+    if(isReadOnly()) return EditResult::failure(ReadOnlyMessage);
     std::ostringstream errors;
     bool saved;
     {
@@ -120,7 +132,13 @@ EditResult EditSession::saveAs(const Containers::StringView path) {
         saved = _editor.data.project.saveToFile(path);
     }
     if(!saved) return EditResult::failure(messageOf(errors, "can't save the project"));
+    /* The file now holds everything the journal held, and a journal at the
+       new path belongs to contents that are gone */
+    if(!_path.empty()) closeJournal(true);
     _path = text(path);
+    closeJournal(true);
+    _mirrorStart = _history.position();
+    _mirrorCount = 0;
     _isNew = false;
     _history.markSaved();
     _editor.changeManager->markSave();
@@ -141,6 +159,7 @@ void EditSession::joinIntoOneStep(const std::size_t first, const std::size_t las
 EditResult EditSession::step(std::string label, const std::function<EditResult()>& action) {
     if(_stepDepth) return action();
     expectHistoryInStep("EditSession::step():");
+    if(isReadOnly()) return EditResult::failure(ReadOnlyMessage);
 
     ChangeManager& manager = *_editor.changeManager;
     const std::size_t first = std::size_t(manager.lastChangeIndex() + 1);
@@ -160,6 +179,8 @@ EditResult EditSession::step(std::string label, const std::function<EditResult()
             if(outcome) {
                 const std::size_t poolAfter = poolSize();
                 _history.add(std::move(label), first, end - first, poolAfter > poolBefore ? poolAfter - poolBefore : 0);
+                _mirrorCount = _history.position() - _mirrorStart;
+                if(isJournalling()) writeJournal(journalStep(_history.steps()[_history.steps().size() - 1]), 1, outcome);
                 keepWithinBudget();
             }
             /* Nothing of a failed action stays; the history no longer leads
@@ -178,6 +199,9 @@ EditResult EditSession::travel(const std::size_t count, const bool forward) {
     if(!available) return EditResult::failure(std::string{"there is nothing to "} + verb);
     if(count > available)
         return EditResult::failure((available == 1 ? std::string{"there is only 1 step to "} : "there are only " + std::to_string(available) + " steps to ") + verb);
+    const std::size_t from = _history.position();
+    /* What an undo past the steps a replay knows has to write in full */
+    const std::vector<std::pair<std::string, bool>> touched = forward || count <= from - _mirrorStart ? std::vector<std::pair<std::string, bool>>{} : touchedMembers(from - count, from);
     EditResult result;
     capturing(result, [&]{
         /* Every step is one run of records with one group id */
@@ -188,16 +212,19 @@ EditResult EditSession::travel(const std::size_t count, const bool forward) {
     });
     if(forward) _history.moveForward(count);
     else _history.moveBack(count);
+    journalTravel(from, count, forward, touched, result);
     return result;
 }
 
 EditResult EditSession::undo(const std::size_t count) {
     expectHistoryInStep("EditSession::undo():");
+    if(isReadOnly()) return EditResult::failure(ReadOnlyMessage);
     return travel(count, false);
 }
 
 EditResult EditSession::redo(const std::size_t count) {
     expectHistoryInStep("EditSession::redo():");
+    if(isReadOnly()) return EditResult::failure(ReadOnlyMessage);
     return travel(count, true);
 }
 

@@ -6,15 +6,18 @@
 
 #include <cstddef>
 #include <functional>
+#include <utility>
 #include <string>
 #include <vector>
 #include <Corrade/Containers/ArrayView.h>
+#include <Corrade/Containers/Pointer.h>
 #include <Corrade/Containers/String.h>
 #include <Corrade/Containers/StringView.h>
 #include <rapidjson/document.h>
 
 #include "QuelmarEngine/host/EditHistory.h"
 #include "QuelmarEngine/host/EditResult.h"
+#include "QuelmarEngine/host/Journal.h"
 #include "QuelmarEngine/host/ObjectNames.h"
 #include "QuelmarEngine/host/Placement.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
@@ -55,6 +58,12 @@ enum class TransformAmount: unsigned char {
      * (around the object's origin), or multiplies the scaling
      */
     By
+};
+
+/** What a save does about a file that changed on disk since the session loaded or saved it */
+enum class DiskChanges: unsigned char {
+    Refuse,     /**< Refuses the save, naming what changed */
+    Overwrite   /**< Writes over the file all the same */
 };
 
 /** What compaction does with the memory of the pool it leaves */
@@ -98,6 +107,12 @@ like the command that made the step, with objects by their keys:
 @cb{.txt} add Lamp stage @ce, @cb{.txt} duplicate --trees @ce,
 @cb{.txt} set /objects/k/name "Knight" @ce, @cb{.txt} reparent root --keep-transform @ce.
 
+After every step, undo and redo of a project with a file, what rebuilds the
+document from the saved file is appended to the recovery journal beside it
+(see @ref journalPath()); a save empties it. Opening a project whose journal
+holds entries leaves the project read-only until @ref recover() replays them
+or @ref discardJournal() drops them.
+
 Objects named in arguments are found through @ref findObject(). An empty
 parent means the root, as "parent": "" does in a record. Hosts change the
 document only through this class: a change pushed to the editor's change
@@ -111,6 +126,9 @@ class EditSession {
         EditSession(const EditSession&) = delete;
         EditSession& operator=(const EditSession&) = delete;
 
+        /** Removes the journal when the state is saved; otherwise it stays for a later recovery */
+        ~EditSession();
+
         /** @{ @name Opening and saving */
 
         /**
@@ -119,7 +137,8 @@ class EditSession {
          * A path where nothing exists yet starts an empty project that is
          * written there at the first save. Refuses files that aren't regular,
          * files past @ref DefaultMaxFileSize and documents that aren't
-         * projects, keeping what is open.
+         * projects, keeping what is open. When the project's journal holds
+         * entries, says so in a warning and makes the project read-only.
          */
         EditResult open(Containers::StringView path);
 
@@ -135,11 +154,62 @@ class EditSession {
         /** Whether the document is as last saved (or opened) */
         bool isSaved() const { return _history.isSaved(); }
 
-        /** Writes the project to its file atomically and marks the state saved */
-        EditResult save();
+        /**
+         * @brief Writes the project to its file atomically and marks the state saved
+         *
+         * Unless told to overwrite, refuses when the file changed on disk
+         * since the session loaded or saved it, as @ref fileChangeOnDisk()
+         * says.
+         */
+        EditResult save(DiskChanges changes = DiskChanges::Refuse);
 
         /** Writes the project to @p path atomically, makes it the project's file and marks the state saved */
         EditResult saveAs(Containers::StringView path);
+
+        /**
+         * @brief What changed in the project's file since the session loaded or saved it
+         *
+         * Reads the file. Empty when nothing did or there is no file name;
+         * otherwise such as "its size (120 -> 135 bytes), modification time
+         * and content" or "it was removed".
+         */
+        std::string fileChangeOnDisk() const;
+
+        /** @} */
+
+        /** @{ @name Recovery journal */
+
+        /** Turns journalling on or off; on by default. Takes effect at the next open or save. */
+        void setJournalling(bool enabled) { _journalling = enabled; }
+
+        /** Where the project's journal is; empty when there is no file name or journalling is off */
+        std::string journalPath() const;
+
+        /** Whether the project is read-only until its journal is recovered or discarded */
+        bool isReadOnly() const { return bool(_pendingJournal); }
+
+        /** Entries in the journal: those waiting to be recovered, else those written since the last open or save */
+        std::size_t journalEntryCount() const;
+
+        /**
+         * @brief Replays the journal found at open
+         *
+         * Rebuilds the document, the steps with their labels and the saved
+         * state. An undo that reached past the saved state comes back as a
+         * step. A torn or damaged tail is dropped with a warning, as is an
+         * entry that can't be replayed, together with what follows it. The
+         * journal goes on from there.
+         */
+        EditResult recover();
+
+        /**
+         * @brief Removes the journal
+         *
+         * One found at open: the project stays as loaded and is no longer
+         * read-only. One being written: the unsaved changes are no longer
+         * recoverable, and nothing is journalled until the next open or save.
+         */
+        EditResult discardJournal();
 
         /** @} */
 
@@ -455,6 +525,21 @@ class EditSession {
         EditResult load(const std::function<bool()>& loader, std::string path, bool isNew);
         /* Position of the live object @p key in the scene graph, 0 for none */
         std::size_t livePosition(const std::string& key);
+        /* Looks for a journal left beside a freshly opened project */
+        void findJournal(EditResult& result);
+        /* Closes the journal, removing it when the state is saved or @p always */
+        void closeJournal(bool always);
+        /* Whether changes go to the journal now */
+        bool isJournalling() const;
+        /* Appends @p count @p entries as one frame, warning into @p result when it can't */
+        void writeJournal(const std::string& entries, std::size_t count, EditResult& result);
+        /* The journal entry of @p step */
+        std::string journalStep(const EditStep& step) const;
+        /* Journals a travel of @p count steps from position @p from */
+        void journalTravel(std::size_t from, std::size_t count, bool forward, const std::vector<std::pair<std::string, bool>>& touched, EditResult& result);
+        /* Top-level members that the steps in [first, last) change, each with whether it exists now */
+        std::vector<std::pair<std::string, bool>> touchedMembers(std::size_t first, std::size_t last) const;
+        EditResult replay(const JournalEntry& entry);
 
         QuelmarEditor _editor;
         EditHistory _history;
@@ -467,6 +552,20 @@ class EditSession {
         /* Pool bytes of the document as the load or the last compaction
            left it, beside the bytes the steps kept then */
         std::size_t _poolBaseline{};
+
+        JournalWriter _journal;
+        Containers::Pointer<JournalContents> _pendingJournal;
+        /* Whether the pending journal was written for another file */
+        bool _pendingIsStale{};
+        bool _journalling{true};
+        bool _replaying{};
+        bool _journalDropped{};
+        std::size_t _journalEntries{};
+        /* A replay of the journal has steps _mirrorStart to _mirrorStart +
+           _mirrorCount of the history as its newest ones; any other step is
+           unknown to it, so travelling over one journals its changes */
+        std::size_t _mirrorStart{};
+        std::size_t _mirrorCount{};
 };
 
 }

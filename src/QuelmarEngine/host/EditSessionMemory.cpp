@@ -2,6 +2,8 @@
    document with its history into a fresh pool. */
 #include "QuelmarEngine/host/EditSession.h"
 
+#include <algorithm>
+
 #include "QuelmarEngine/ChangeManager.h"
 
 #ifdef __GLIBC__
@@ -26,6 +28,12 @@ void EditSession::keepWithinBudget() {
     for(std::size_t bytes = _history.byteCount(); count + 1 < _history.position() && bytes > target; ++count)
         bytes -= steps[count].byteCount;
     _editor.changeManager->dropOldest(_history.dropOldest(count));
+    /* The journal's replay keeps the steps; the history just no longer leads to them */
+    if(_mirrorStart >= count) _mirrorStart -= count;
+    else {
+        _mirrorCount -= std::min(_mirrorCount, count - _mirrorStart);
+        _mirrorStart = 0;
+    }
 }
 
 std::size_t EditSession::poolSize() const {

@@ -24,6 +24,7 @@ bool ProjectFile::loadFromString(const Containers::StringView json) {
     document = std::move(parsed);
     documentChanged();
     _layout = {};
+    _fileStamp = {};
     return true;
 }
 
@@ -39,6 +40,7 @@ bool ProjectFile::loadFromFile(const Containers::StringView path) {
     document = std::move(parsed);
     documentChanged();
     _layout = detectJsonFileLayout({text.data(), text.size()});
+    _fileStamp = stampOf(path, {text.data(), text.size()});
     return true;
 }
 
@@ -50,7 +52,10 @@ Containers::String ProjectFile::toJson() const {
 bool ProjectFile::saveToFile(const Containers::StringView path) const {
     const std::string text = writeJsonFile(*document, _layout);
     std::string error;
-    if(writeFileAtomically(path, {text.data(), text.size()}, error)) return true;
+    if(writeFileAtomically(path, {text.data(), text.size()}, error)) {
+        _fileStamp = stampOf(path, {text.data(), text.size()});
+        return true;
+    }
     Utility::Error{} << "Can't save " + std::string{path.data(), path.size()} + ": " + error;
     return false;
 }

@@ -11,6 +11,7 @@
 #include <rapidjson/document.h>
 
 #include "QuelmarEngine/MemberIndex.h"
+#include "QuelmarEngine/host/FileStamp.h"
 #include "QuelmarEngine/host/HostPointer.h"
 #include "QuelmarEngine/host/JsonFileLayout.h"
 #include "QuelmarEngine/host/JsonObject.h"
@@ -85,6 +86,9 @@ class ProjectFile: public ValueAccess {
          */
         bool saveToFile(Containers::StringView path) const;
 
+        /** The file as last loaded or saved; one that doesn't exist when the document came from a string */
+        const FileStamp& fileStamp() const { return _fileStamp; }
+
         /** The document as compact JSON text */
         Containers::String toJson() const;
 
@@ -157,6 +161,8 @@ class ProjectFile: public ValueAccess {
         mutable MemberIndex _memberIndex;
         mutable NameIndex _names;
         JsonFileLayout _layout;
+        /* What the last save wrote is a record of the file, not of the document */
+        mutable FileStamp _fileStamp;
         std::function<Containers::String()> _idGenerator;
         KeyGenerator _keys;
 };
