@@ -278,3 +278,20 @@ TEST_F(PasteTest, OneRebuildPerStep) {
     editor.changeManager->redoLastUndo();
     expect(3*Pairs + 1, 3);
 }
+
+/* A generated key that a record already has is skipped: taking it would make
+   the new record write over that one */
+TEST_F(PasteTest, TakenKeysSkipped) {
+    load(R"({"objects":{"K1":{"name":"A"}},"skins":{"K2":{"joints":[]}}})");
+    addText(R"({"objects":{"x":{"name":"B"}}})", nullptr);
+    EXPECT_EQ(keys, "K3");
+    EXPECT_EQ(document(), R"({"objects":{"K1":{"name":"A"},"K3":{"name":"B","parent":null}},"skins":{"K2":{"joints":[]}}})");
+}
+
+TEST(PasteDeathTest, OnlyTakenKeys) {
+    QuelmarEditor editor;
+    ASSERT_TRUE(editor.loadFromString(R"({"objects":{"K1":{"name":"A"}}})"));
+    editor.data.project.setIdGenerator([]{ return Containers::String{"K1"}; });
+    EXPECT_DEATH(addFromString(editor, nullptr, R"({"objects":{"x":{}}})"),
+        testing::Eq(std::string{"ProjectFile::generateId(): the key generator gave 1000 keys in a row that records already have\n"}));
+}

@@ -1,5 +1,6 @@
 #include "QuelmarEngine/host/ProjectFile.h"
 
+#include <cstdlib>
 #include <string>
 #include <Corrade/Utility/Debug.h>
 #include <Corrade/Utility/DebugStl.h>
@@ -61,13 +62,19 @@ bool ProjectFile::saveToFile(const Containers::StringView path) const {
 }
 
 Containers::String ProjectFile::generateId() {
-    if(_idGenerator) return _idGenerator();
-    for(;;) {
-        Containers::String key = _keys.next();
-        bool taken = false;
-        for(auto map = document->MemberBegin(); map != document->MemberEnd() && !taken; ++map)
-            taken = map->value.IsObject() && findMember(map->value, key);
-        if(!taken) return key;
+    /* A host's generator is checked too: a key that a loaded or pasted
+       record already has would make the new record write over it */
+    constexpr std::size_t MaxTaken = 1000;
+    for(std::size_t taken = 0; ; ++taken) {
+        Containers::String key = _idGenerator ? _idGenerator() : _keys.next();
+        bool isTaken = false;
+        for(auto map = document->MemberBegin(); map != document->MemberEnd() && !isTaken; ++map)
+            isTaken = map->value.IsObject() && findMember(map->value, key);
+        if(!isTaken) return key;
+        if(_idGenerator && taken + 1 == MaxTaken) {
+            Utility::Error{} << "ProjectFile::generateId(): the key generator gave" << MaxTaken << "keys in a row that records already have";
+            std::abort();
+        }
     }
 }
 

@@ -101,7 +101,12 @@ class ProjectFile: public ValueAccess {
          */
         Containers::String generateId();
 
-        /** Makes @ref generateId() return what @p generator returns; an empty one restores the default */
+        /**
+         * @brief Makes @ref generateId() take its keys from @p generator
+         *
+         * Keys that a record already has are skipped; a thousand of them in
+         * a row is a fatal error. An empty generator restores the default.
+         */
         void setIdGenerator(std::function<Containers::String()> generator);
 
         /**
