@@ -125,14 +125,21 @@ class QuelmarProgramTest: public testing::Test {
             /* Only a guard against a hang, far beyond what any row takes */
             const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds{60};
             for(char buffer[4096]; std::chrono::steady_clock::now() < giveUp; ) {
-                for(std::size_t at; (at = shown.find("quelmar> ", prompts)) != std::string::npos; prompts = at + 1) {
-                    if(typed == keys.size()) continue;
+                pollfd output{master, POLLIN, 0};
+                if(::poll(&output, 1, 100) == 0) {
+                    /* Typed only once the terminal has been quiet a while
+                       after a new prompt, so that the line editor has taken
+                       the terminal over: a slow build may print the prompt
+                       before it does, and Control-D typed in between would
+                       go to the terminal's own line discipline */
+                    const std::size_t at = shown.find("quelmar> ", prompts);
+                    if(at == std::string::npos || typed == keys.size()) continue;
+                    prompts = at + 1;
                     const std::string& key = keys[typed++];
                     if(!key.empty() && std::isdigit(static_cast<unsigned char>(key[0]))) ::kill(child, std::stoi(key));
                     else if(::write(master, key.data(), key.size()) != ssize_t(key.size())) break;
+                    continue;
                 }
-                pollfd output{master, POLLIN, 0};
-                if(::poll(&output, 1, 100) == 0) continue;
                 const ssize_t size = ::read(master, buffer, sizeof(buffer));
                 if(size <= 0) break;
                 shown.append(buffer, std::size_t(size));
