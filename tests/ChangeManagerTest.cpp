@@ -88,9 +88,7 @@ using ChangeManagerDeathTest = ChangeManagerTest;
 }
 
 TEST(ChangeManagerApplyTest, ApplyMergeUndoRedo) {
-    const struct {
-        const char *name, *document, *script, *paths, *after;
-    } rows[]{
+    const struct { const char *name, *document, *script, *paths, *after; } rows[]{
         {"grouped: the found record takes the value and becomes the newest", R"({"f":0,"x":0,"y":0})", "/f [ /x /y =/x ]", "/f /y /x", R"({"f":0,"x":3,"y":2})"},
         {"grouped from index 0: the first record is never a target", R"({"x":0,"y":0})", "[ /x /y =/x ]", "/x /y /x", R"({"x":2,"y":1})"},
         {"ungrouped run", R"({"f":0,"x":0,"y":0})", "/f /x /y =/x", "/f /y /x", R"({"f":0,"x":3,"y":2})"},

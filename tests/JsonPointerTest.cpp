@@ -15,12 +15,7 @@ rapidjson::Document parse(const char* json) {
 }
 
 TEST(JsonPointerTest, Parse) {
-    const struct {
-        const char* path;
-        bool valid;
-        std::vector<std::string> names;
-        std::vector<std::uint32_t> indices;
-    } data[]{
+    const struct { const char* path; bool valid; std::vector<std::string> names; std::vector<std::uint32_t> indices; } data[]{
         {"", true, {}, {}},
         {"/", true, {""}, {JsonPointer::InvalidIndex}},
         {"/objects/a7/name", true, {"objects", "a7", "name"}, {JsonPointer::InvalidIndex, JsonPointer::InvalidIndex, JsonPointer::InvalidIndex}},
@@ -45,14 +40,7 @@ TEST(JsonPointerTest, Parse) {
 }
 
 TEST(JsonPointerTest, GetCreateErase) {
-    const struct {
-        const char* name;
-        const char* before;
-        const char* path;
-        const char* afterCreate;
-        bool existed;
-        const char* afterErase;
-    } data[]{
+    const struct { const char* name; const char* before; const char* path; const char* afterCreate; bool existed; const char* afterErase; } data[]{
         {"member exists", R"({"a":{"b":1}})", "/a/b", R"({"a":{"b":1}})", true, R"({"a":{}})"},
         {"member added last", R"({"a":{"c":1}})", "/a/b", R"({"a":{"c":1,"b":null}})", false, R"({"a":{"c":1}})"},
         {"pads with nulls", R"({"l":[1]})", "/l/3", R"({"l":[1,null,null,null]})", false, R"({"l":[1]})"},

@@ -26,11 +26,7 @@ struct TemporaryFolder {
 TEST(ProjectFileTest, LoadRefusalsKeepTheDocument) {
     std::string tooMany = "{\"objects\":{\"0\":{}";
     for(int i = 1; i != 65535; ++i) tooMany += ",\"" + std::to_string(i) + "\":{}";
-    const struct {
-        const char* name;
-        std::string json;
-        const char* message;
-    } data[]{
+    const struct { const char* name; std::string json; const char* message; } data[]{
         {"not JSON", "{\"objects\":", "Can't load the project: invalid JSON at line 1, column 12: Invalid value.\n"},
         {"root array", "[]", "Can't load the project: the root is not a JSON object\n"},
         {"objects not an object", R"({"objects":[]})", "Can't load the project: \"objects\" is not a JSON object\n"},
