@@ -80,19 +80,4 @@ TEST(JsonPointerTest, GetCreateErase) {
     EXPECT_FALSE(root.erase(document));
 }
 
-TEST(JsonPointerTest, FindMemberAndTokens) {
-    rapidjson::Document document = parse(R"({"ab":1,"a":2})");
-    /* Length takes part: "a" is not a prefix match of "ab" */
-    ASSERT_TRUE(findMember(document, "a"));
-    EXPECT_EQ(findMember(document, "a")->GetInt(), 2);
-    EXPECT_FALSE(findMember(document, "abc"));
-    EXPECT_FALSE(findMember(document, ""));
-
-    std::string path = "/objects";
-    appendPointerToken(path, "a/b~c");
-    EXPECT_EQ(path, "/objects/a~1b~0c");
-    const JsonPointer pointer{{path.data(), path.size()}};
-    EXPECT_EQ(std::string(pointer.token(1).name.data(), pointer.token(1).name.size()), "a/b~c");
-}
-
 }

@@ -71,7 +71,7 @@ TEST(ProjectFileTest, Accessors) {
     EXPECT_TRUE(a["missing"].readValue().IsNull());
     /* Paths escape what a name holds */
     EXPECT_EQ(std::string(a["components"]->operator[](1).path().data()), "/objects/a/components/1");
-    EXPECT_EQ(std::string(project.subValue("x/y").path().data()), "/x~1y");
+    EXPECT_EQ(std::string(project.subValue("x/y~").path().data()), "/x~1y~0");
 
     /* Writes create what is missing and never touch anything else */
     a["parent"].setString("p", false);
