@@ -43,11 +43,7 @@ TEST(JsonPointerTest, GetCreateErase) {
     const struct { const char* name; const char* before; const char* path; const char* afterCreate; bool existed; const char* afterErase; } data[]{
         {"member exists", R"({"a":{"b":1}})", "/a/b", R"({"a":{"b":1}})", true, R"({"a":{}})"},
         {"member added last", R"({"a":{"c":1}})", "/a/b", R"({"a":{"c":1,"b":null}})", false, R"({"a":{"c":1}})"},
-        {"pads with nulls", R"({"l":[1]})", "/l/3", R"({"l":[1,null,null,null]})", false, R"({"l":[1]})"},
-        {"dash appends", R"({"l":[1]})", "/l/-", R"({"l":[1,null]})", false, R"({"l":[1]})"},
         {"dash on an object is a name", R"({"o":{}})", "/o/-", R"({"o":{"-":null}})", false, R"({"o":{}})"},
-        {"scalar becomes object", R"({"s":5})", "/s/x", R"({"s":{"x":null}})", false, R"({"s":5})"},
-        {"array met by a name becomes object", R"({"l":[1,2]})", "/l/x", R"({"l":{"x":null}})", false, R"({"l":[1,2]})"},
         {"erase keeps member order", R"({"a":1,"b":2,"c":3})", "/b", R"({"a":1,"b":2,"c":3})", true, R"({"a":1,"c":3})"},
         {"erase moves elements down", R"({"l":[10,20,30]})", "/l/1", R"({"l":[10,20,30]})", true, R"({"l":[10,30]})"},
         {"escaped name", R"({"a/b":{"~":1}})", "/a~1b/~0", R"({"a/b":{"~":1}})", true, R"({"a/b":{}})"},
@@ -62,10 +58,7 @@ TEST(JsonPointerTest, GetCreateErase) {
         bool existed = !row.existed;
         rapidjson::Value& created = pointer.create(document, document.GetAllocator(), &existed);
         EXPECT_EQ(existed, row.existed);
-        /* "-" names no element to read back */
-        if(std::string{row.name} != "dash appends") {
-            EXPECT_EQ(pointer.get(document), &created);
-        }
+        EXPECT_EQ(pointer.get(document), &created);
         EXPECT_EQ(writeJson(document), row.afterCreate);
 
         rapidjson::Document erased = parse(row.before);
