@@ -137,24 +137,22 @@ TEST_F(ProjectToolsTest, WhatEachEditPushes) {
 }
 
 TEST_F(ProjectToolsTest, AddObjectSuffixesTakenNames) {
-    std::vector<std::string> elevenTaken{"Cube"}, thousandAndOneTaken{"Cube"};
-    for(int i = 0; i != 1000; ++i) {
-        if(i < 10) elevenTaken.push_back(Utility::format("Cube.{:.3d}", i).data());
-        thousandAndOneTaken.push_back(Utility::format("Cube.{:.3d}", i).data());
-    }
-    const struct { const char* name; std::vector<std::string> taken; const char* expected; } rows[]{
-        {"free name", {"Sphere", "Cube.000"}, "Cube"},
-        {"name taken", {"Cube"}, "Cube.000"},
-        {"gap in the suffixes", {"Cube", "Cube.001"}, "Cube.000"},
-        {"suffix goes on the name, not the candidate", {"Cube", "Cube.000", "Cube.000.000"}, "Cube.001"},
-        {"eleventh retry", elevenTaken, "Cube.010"},
-        {"thousand-and-first retry", thousandAndOneTaken, "Cube.1000"},
+    /* Names taken, and how many of Cube.000, Cube.001... besides */
+    const struct { const char* name; std::vector<std::string> taken; int numbered; const char* expected; } rows[]{
+        {"free name", {"Sphere", "Cube.000"}, 0, "Cube"},
+        {"name taken", {"Cube"}, 0, "Cube.000"},
+        {"gap in the suffixes", {"Cube", "Cube.001"}, 0, "Cube.000"},
+        {"suffix goes on the name, not the candidate", {"Cube", "Cube.000", "Cube.000.000"}, 0, "Cube.001"},
+        {"eleventh retry", {"Cube"}, 10, "Cube.010"},
+        {"thousand-and-first retry", {"Cube"}, 1000, "Cube.1000"},
     };
     const auto nameOf = [this](const Containers::String& key) { return std::string{editor.data.project["objects"]->subValue(key.data())->subValue("name").asString()}; };
     for(const auto& row: rows) {
         SCOPED_TRACE(row.name);
+        std::vector<std::string> taken = row.taken;
+        for(int i = 0; i != row.numbered; ++i) taken.push_back(Utility::format("Cube.{:.3d}", i).data());
         std::string json = R"({"objects":{)";
-        for(std::size_t i = 0; i != row.taken.size(); ++i) json += Utility::format(R"({}"k{}":{{"name":"{}"}})", i ? "," : "", i, row.taken[i].data()).data();
+        for(std::size_t i = 0; i != taken.size(); ++i) json += Utility::format(R"({}"k{}":{{"name":"{}"}})", i ? "," : "", i, taken[i].data()).data();
         load(json + "}}");
         EXPECT_EQ(nameOf(addObject(editor, "Cube", "")), row.expected);
     }
