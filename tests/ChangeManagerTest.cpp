@@ -5,7 +5,6 @@
 #include <string>
 #include <utility>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <Corrade/Utility/Debug.h>
 
 #include "QuelmarEngine/ChangeManager.h"
