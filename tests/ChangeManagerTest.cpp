@@ -278,9 +278,7 @@ TEST_F(ChangeManagerTest, UndoAfterADirectEdit) {
        record instead, or puts back what the removal took at its old
        position, and takes nothing else away */
     ASSERT_TRUE(project.loadFromString(R"({"o":{"a":{},"b":{"x":1},"c":{"y":[1]}}})"));
-    changes.pushChange("/o/a/name", "A", false);
-    changes.pushRemoval("/o/b/x");
-    changes.pushChange("/o/c/y/0", rapidjson::Value{2}, false);
+    run(changes, R"(/o/a/name:"A" -/o/b/x /o/c/y/0:2)");
     rapidjson::Value& o = (*project.document)["o"];
     o.EraseMember("a");
     o.EraseMember("c");

@@ -149,14 +149,10 @@ TEST_F(ReparentTest, RefusesWhatCantBeWritten) {
     /* z is flat in Z; t is so small that o's place under it overflows */
     load(R"({"objects":{"z":{"transformation":[1,0,0,0, 0,1,0,0, 0,0,0,0, 0,0,0,1]},"t":{"transformation":[1e-10,0,0,0, 0,1e-10,0,0, 0,0,1e-10,0, 0,0,0,1]},)"
         R"("o":{"transformation":[1,0,0,0, 0,1,0,0, 0,0,1,0, 1e30,0,0,1]},"k":{}}})");
-    reparentObjectKeepTransform(editor, "o", "z");
-    reparentObjectKeepTransform(editor, "o", "t");
     /* The one that can move still does */
     reparentObjectsKeepTransform(editor, bits({"o", "k"}), "z");
     reparentObjectsKeepTransform(editor, bits({"o", "k"}), "t");
     EXPECT_EQ(warnings.str(),
-        "Object o is not moved under z as the world transformation of the parent can't be inverted\n"
-        "Object o is not moved under t as its transformation there would not be finite\n"
         "Object o is not moved under z as the world transformation of the parent can't be inverted\n"
         "Object k is not moved under z as the world transformation of the parent can't be inverted\n"
         "Object o is not moved under t as its transformation there would not be finite\n");
