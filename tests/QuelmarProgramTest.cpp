@@ -6,9 +6,7 @@
 #include <cstdlib>
 #include <cctype>
 #include <cstring>
-#include <fstream>
 #include <regex>
-#include <sstream>
 #include <string>
 #include <poll.h>
 #include <pty.h>
@@ -19,18 +17,11 @@
 
 #include "QuelmarEngine/JsonReader.h"
 #include "QuelmarEngine/JsonWriter.h"
+#include "TestFiles.h"
+
+using namespace QuelmarTest;
 
 namespace {
-
-std::string readText(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream{path, std::ios::binary}.rdbuf();
-    return text.str();
-}
-
-void writeText(const std::string& path, const std::string& text) {
-    std::ofstream{path, std::ios::binary} << text;
-}
 
 std::string shellQuoted(const std::string& text) {
     return "'" + std::regex_replace(text, std::regex{"'"}, "'\\''") + "'";
@@ -56,17 +47,10 @@ class QuelmarProgramTest: public testing::Test {
                 ASSERT_TRUE(std::getenv(name) && *std::getenv(name)) << name << " is not set; run the test through ctest";
                 *value = std::getenv(name);
             }
-            char pattern[] = "/tmp/quelmar-test-XXXXXX";
-            ASSERT_TRUE(::mkdtemp(pattern));
-            dir = pattern;
             ASSERT_EQ(std::system(("cp -r " + shellQuoted(source + "/examples") + "/* " + shellQuoted(dir)).data()), 0);
         }
 
-        void TearDown() override {
-            if(!dir.empty()) std::system(("rm -rf " + shellQuoted(dir)).data());
-        }
-
-        std::string path(const std::string& name) const { return dir + "/" + name; }
+        std::string path(const std::string& name) const { return folder/name; }
 
         Outcome outcome(const int status) const {
             return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readText(path(".stdout")), readText(path(".stderr"))};
@@ -128,7 +112,9 @@ class QuelmarProgramTest: public testing::Test {
             return toFiles ? outcome(status) : Outcome{WIFEXITED(status) ? WEXITSTATUS(status) : -1, shown, {}};
         }
 
-        std::string binary, source, dir;
+        std::string binary, source;
+        TemporaryFolder folder;
+        const std::string& dir = folder.path;
 };
 
 TEST_F(QuelmarProgramTest, DemoScriptGivesTheRecordedOutput) {
