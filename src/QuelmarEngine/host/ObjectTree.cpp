@@ -112,6 +112,12 @@ void ObjectTree::detach(const unsigned short i) {
     if(!_deleted[i]) --_liveChildren[parent];
 }
 
+bool ObjectTree::isLive(unsigned short i) const {
+    for(; i != 0; i = _parent[i])
+        if(i == None || _deleted[i]) return false;
+    return true;
+}
+
 std::vector<unsigned short> ObjectTree::children(const unsigned short i) const {
     std::vector<unsigned short> out;
     for(unsigned short c = _firstChild[i]; c != None; c = _next[c]) out.push_back(c);

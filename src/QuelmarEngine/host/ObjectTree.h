@@ -79,6 +79,9 @@ class ObjectTree {
         bool hasMalformedTransformation(unsigned short i) const { return _malformed[i]; }
         void setLocalTransformation(unsigned short i, const Matrix4& matrix, bool malformed);
 
+        /** Whether @p i is attached under the root with no flagged deleted object on the way, itself included */
+        bool isLive(unsigned short i) const;
+
         /** Number of children that are not flagged deleted */
         unsigned short liveChildCount(unsigned short i) const { return _liveChildren[i]; }
 

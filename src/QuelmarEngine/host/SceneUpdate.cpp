@@ -37,6 +37,7 @@ bool SceneKeeper::update() {
     _touched.clear();
     _transformed.clear();
     _from = ~std::size_t{};
+    _lastOldPosition = 0;
 
     std::vector<unsigned short>& indexed = _indexed;
     std::vector<Noted>& unindexed = _unindexed;
@@ -55,7 +56,7 @@ bool SceneKeeper::update() {
     settle();
 
     const bool laidOut = _from != ~std::size_t{};
-    if(laidOut) layOut(_from);
+    if(laidOut) layOut(_from, true);
     if(writeTransformations() && !laidOut) ++_changeCount;
     for(const unsigned short i: _touched) _changed[i] = 0;
     fillSelection(laidOut);
