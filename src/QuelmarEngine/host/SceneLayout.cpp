@@ -136,22 +136,30 @@ void SceneLayout::moveTail(Graph& graph, const std::size_t kept, const std::size
     if(newCount < count) graph.resize(newCount, indexCount);
 
     /* Objects above the kept positions that were laid out again, in
-       ascending old position */
+       ascending old position; parents among them are rare, and the loops
+       over the kept positions stay simple enough to vectorise otherwise */
     const auto above = std::find_if(_open.begin(), _open.end(), [this](const Open& open) { return open.position >= _from; });
-    bool moved = end != kept;
-    for(auto open = above; open != _open.end() && !moved; ++open) moved = open->old != open->position;
-    if(!moved) return;
+    bool aboveMoved = false;
+    for(auto open = above; open != _open.end() && !aboveMoved; ++open) aboveMoved = open->old != open->position;
 
     const Containers::ArrayView<Hierarchy> hierarchy = graph.storedHierarchy();
     const Containers::ArrayView<const unsigned short> positionToIndex = graph.storedPositionToIndex();
     const Containers::ArrayView<unsigned short> indexToPosition = graph.storedIndexToPosition();
-    for(std::size_t p = end; p != newCount; ++p) {
+    if(end != kept) for(std::size_t p = end; p != newCount; ++p)
         indexToPosition[positionToIndex[p]] = (unsigned short)p;
+    if(aboveMoved) for(std::size_t p = end; p != newCount; ++p) {
         const std::size_t parent = hierarchy[p].parent;
         if(parent >= kept) hierarchy[p].parent = (unsigned short)(parent - kept + end);
         else if(parent >= _from) hierarchy[p].parent = (unsigned short)std::lower_bound(above, _open.end(), parent, [](const Open& open, std::size_t old) {
             return open.old < old;
         })->position;
+    } else if(end != kept) {
+        /* Wraps around for a negative shift, as positions fit the type */
+        const unsigned short first = (unsigned short)kept, shift = (unsigned short)(end - kept);
+        for(std::size_t p = end; p != newCount; ++p) {
+            const unsigned short parent = hierarchy[p].parent;
+            hierarchy[p].parent = (unsigned short)(parent >= first ? parent + shift : parent);
+        }
     }
 }
 
