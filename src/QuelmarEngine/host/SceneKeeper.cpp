@@ -185,7 +185,8 @@ void SceneKeeper::readRecord(const unsigned short i, const rapidjson::Value& rec
     if(what & Note::Transformation) {
         Matrix4 matrix;
         const bool usable = localTransformation(record, matrix);
-        _tree.setLocalTransformation(i, matrix, !usable);
+        _tree.setMalformedTransformation(i, !usable);
+        _editor.scene->sceneGraph->setLocalTransformation(i, matrix);
         _transformed.push_back(i);
     }
     if(what & Note::Parent) {

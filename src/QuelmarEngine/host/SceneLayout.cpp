@@ -38,7 +38,7 @@ auto SceneLayout::layOut(const ObjectTree& tree, Graph& graph, std::size_t from,
     from = std::max<std::size_t>(1, std::min(from, count));
 
     const std::size_t kept = walk(tree, graph, from, live, changes);
-    splice(tree, graph, kept, live);
+    splice(graph, kept, live);
     return {_from, _from + _positionToIndex.size()};
 }
 
@@ -92,7 +92,7 @@ std::size_t SceneLayout::walk(const ObjectTree& tree, Graph& graph, const std::s
     return graph.storedPositionCount();
 }
 
-void SceneLayout::splice(const ObjectTree& tree, Graph& graph, const std::size_t kept, std::vector<std::uint32_t>& live) {
+void SceneLayout::splice(Graph& graph, const std::size_t kept, std::vector<std::uint32_t>& live) {
     const std::size_t count = graph.storedPositionCount();
     const std::size_t end = _from + _positionToIndex.size();
     const Containers::ArrayView<unsigned short> indexToPosition = graph.storedIndexToPosition();
@@ -111,16 +111,15 @@ void SceneLayout::splice(const ObjectTree& tree, Graph& graph, const std::size_t
     moveTail(graph, kept, end);
     const Containers::ArrayView<Hierarchy> hierarchy = graph.storedHierarchy();
     const Containers::ArrayView<unsigned short> positionToIndex = graph.storedPositionToIndex();
-    const Containers::ArrayView<ObjectTree::Matrix4> local = graph.storedLocalTransformations();
     for(std::size_t k = 0; k != _positionToIndex.size(); ++k) {
         const unsigned short i = _positionToIndex[k];
         hierarchy[_from + k] = _hierarchy[k];
         positionToIndex[_from + k] = i;
         indexToPosition[i] = (unsigned short)(_from + k);
-        local[_from + k] = tree.localTransformation(i);
         setBit(live, i, true);
     }
     for(const Open& open: _open) hierarchy[open.position].descendants = (unsigned short)(open.oldEnd - open.position);
+    graph.markLocalTransformationsMoved(_from, end == kept ? end : graph.storedPositionCount());
 }
 
 /* The kept positions keep their depths, subtrees and child counts; their
@@ -132,7 +131,6 @@ void SceneLayout::moveTail(Graph& graph, const std::size_t kept, const std::size
     if(newCount > count) graph.resize(newCount, indexCount);
     moveEntries(graph.storedHierarchy(), kept, count, end);
     moveEntries(graph.storedPositionToIndex(), kept, count, end);
-    moveEntries(graph.storedLocalTransformations(), kept, count, end);
     if(newCount < count) graph.resize(newCount, indexCount);
 
     /* Objects above the kept positions that were laid out again, in

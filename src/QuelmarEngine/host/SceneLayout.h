@@ -49,9 +49,10 @@ class SceneLayout {
          *
          * Positions before @p from keep their objects, so every change of
          * the tree has to show at @p from or after it. Writes the hierarchy
-         * records, the maps between positions and indices and the local
-         * transformations of the positions laid out, and the descendant and
-         * child counts of the objects above them; the graph has as many
+         * records and the maps between positions and indices of the
+         * positions laid out, and the descendant and child counts of the
+         * objects above them, and marks the positions that got other
+         * objects, for their local transformations; the graph has as many
          * indices as @p tree afterwards. @p live holds a bit per index, set
          * for the objects that have a position, and is kept up to date.
          *
@@ -61,7 +62,7 @@ class SceneLayout {
          * the old ones in the same order, moved as a block. Costs the
          * positions laid out, the depth of @p from, and a move of the
          * positions after them. Returns the positions laid out; those after
-         * them kept their objects, local transformations included.
+         * them kept their objects.
          */
         Range layOut(const ObjectTree& tree, Graph& graph, std::size_t from, std::vector<std::uint32_t>& live, const TreeChanges* changes);
 
@@ -85,7 +86,7 @@ class SceneLayout {
         Hierarchy& hierarchyAt(Graph& graph, std::size_t p);
         /* Puts the laid out positions in place of the old ones before
            @p kept and moves the ones from @p kept on behind them */
-        void splice(const ObjectTree& tree, Graph& graph, std::size_t kept, std::vector<std::uint32_t>& live);
+        void splice(Graph& graph, std::size_t kept, std::vector<std::uint32_t>& live);
         void moveTail(Graph& graph, std::size_t kept, std::size_t end);
 
         std::size_t _from{};

@@ -112,12 +112,12 @@ bool SceneKeeper::locateNoted(const rapidjson::Value* const objects, std::vector
     return true;
 }
 
-/* Local matrices of objects that kept their position; whether there were any */
+/* Whether objects that kept their position got other local matrices;
+   warns about those that are unusable */
 bool SceneKeeper::writeTransformations() {
-    Data::DynamicSceneGraph<unsigned short>& graph = *_editor.scene->sceneGraph;
+    const Data::DynamicSceneGraph<unsigned short>& graph = *_editor.scene->sceneGraph;
     bool written = false;
     for(const unsigned short i: _transformed) if(_used[i] && wasLaidOut(i)) {
-        graph.storedLocalTransformations()[graph.storedIndexToPosition()[i]] = _tree.localTransformation(i);
         if(_tree.hasMalformedTransformation(i))
             warnOnce(std::string{"Object "} + graph.storedObjectKey(i) + " has a transformation that is not 16 numbers, using the identity");
         written = true;
