@@ -134,27 +134,28 @@ void SceneLayout::moveTail(Graph& graph, const std::size_t kept, const std::size
     if(newCount < count) graph.resize(newCount, indexCount);
 
     /* Objects above the kept positions that were laid out again, in
-       ascending old position; parents among them are rare, and the loops
-       over the kept positions stay simple enough to vectorise otherwise */
+       ascending old position; parents among them are rare, and the loop
+       over the kept positions is simpler without them */
     const auto above = std::find_if(_open.begin(), _open.end(), [this](const Open& open) { return open.position >= _from; });
     bool aboveMoved = false;
     for(auto open = above; open != _open.end() && !aboveMoved; ++open) aboveMoved = open->old != open->position;
+    if(end == kept && !aboveMoved) return;
 
     const Containers::ArrayView<Hierarchy> hierarchy = graph.storedHierarchy();
     const Containers::ArrayView<const unsigned short> positionToIndex = graph.storedPositionToIndex();
     const Containers::ArrayView<unsigned short> indexToPosition = graph.storedIndexToPosition();
-    if(end != kept) for(std::size_t p = end; p != newCount; ++p)
-        indexToPosition[positionToIndex[p]] = (unsigned short)p;
     if(aboveMoved) for(std::size_t p = end; p != newCount; ++p) {
+        indexToPosition[positionToIndex[p]] = (unsigned short)p;
         const std::size_t parent = hierarchy[p].parent;
         if(parent >= kept) hierarchy[p].parent = (unsigned short)(parent - kept + end);
         else if(parent >= _from) hierarchy[p].parent = (unsigned short)std::lower_bound(above, _open.end(), parent, [](const Open& open, std::size_t old) {
             return open.old < old;
         })->position;
-    } else if(end != kept) {
+    } else {
         /* Wraps around for a negative shift, as positions fit the type */
         const unsigned short first = (unsigned short)kept, shift = (unsigned short)(end - kept);
         for(std::size_t p = end; p != newCount; ++p) {
+            indexToPosition[positionToIndex[p]] = (unsigned short)p;
             const unsigned short parent = hierarchy[p].parent;
             hierarchy[p].parent = (unsigned short)(parent >= first ? parent + shift : parent);
         }
