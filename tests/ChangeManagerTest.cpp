@@ -211,50 +211,42 @@ TEST_F(ChangeManagerTest, Handlers) {
 }
 
 TEST_F(ChangeManagerTest, SaveMark) {
+    const auto state = [&] { return std::to_string(changes.changeCount()) + " records, mark " + std::to_string(changes.savedChangeIndex()) + (changes.hasUnsavedChanges() ? " unsaved" : " saved"); };
     run(changes, "/n /n /n /n");
     changes.markSave();
-    EXPECT_FALSE(changes.hasUnsavedChanges());
+    EXPECT_EQ(state(), "4 records, mark 3 saved");
     /* A push drops the redo tail */
     run(changes, "< < /n");
-    EXPECT_EQ(changes.changeCount(), 3u);
-    EXPECT_EQ(changes.savedChangeIndex(), 3);
-    EXPECT_TRUE(changes.hasUnsavedChanges());
+    EXPECT_EQ(state(), "3 records, mark 3 unsaved");
     /* A record landing on the saved index: the saved state is gone */
     run(changes, "/n");
-    EXPECT_EQ(changes.savedChangeIndex(), -1);
+    EXPECT_EQ(state(), "4 records, mark -1 unsaved");
     run(changes, "< < < <");
-    EXPECT_FALSE(changes.hasUnsavedChanges());
+    EXPECT_EQ(state(), "4 records, mark -1 saved");
     /* A merge at the mark leaves it alone, although the document changed */
     run(changes, "> > > >");
     changes.markSave();
     run(changes, "=/n");
-    EXPECT_EQ(changes.savedChangeIndex(), 3);
-    EXPECT_FALSE(changes.hasUnsavedChanges());
+    EXPECT_EQ(state(), "4 records, mark 3 saved");
     /* reset() forgets the history, keeps the mark and the open group */
     changes.beginGroup();
     changes.reset(project);
-    EXPECT_EQ(changes.changeCount(), 0u);
-    EXPECT_EQ(changes.savedChangeIndex(), 3);
-    EXPECT_TRUE(changes.hasUnsavedChanges());
+    EXPECT_EQ(state(), "0 records, mark 3 unsaved");
     EXPECT_TRUE(changes.isGroupOpen());
     changes.commit();
 
     /* Dropping the oldest records moves the mark down with them, to the
        state before all for the newest dropped one, out of reach for older */
-    run(changes, "/x /y /z");
-    changes.undoLast();
+    run(changes, "/x /y /z <");
     changes.markSave();
     changes.dropOldest(1);
     EXPECT_EQ(paths(changes), "/y /z");
-    EXPECT_EQ(changes.savedChangeIndex(), 0);
+    EXPECT_EQ(state(), "2 records, mark 0 saved");
     changes.dropOldest(1);
-    EXPECT_EQ(changes.savedChangeIndex(), -1);
-    EXPECT_FALSE(changes.hasUnsavedChanges());
+    EXPECT_EQ(state(), "1 records, mark -1 saved");
     changes.redoLastUndo();
     changes.dropOldest(1);
-    EXPECT_EQ(changes.savedChangeIndex(), ChangeManager::SavedStateDropped);
-    EXPECT_EQ(changes.changeCount(), 0u);
-    EXPECT_TRUE(changes.hasUnsavedChanges());
+    EXPECT_EQ(state(), "0 records, mark " + std::to_string(ChangeManager::SavedStateDropped) + " unsaved");
 }
 
 TEST_F(ChangeManagerTest, PathArrays) {
