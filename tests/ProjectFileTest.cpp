@@ -169,11 +169,8 @@ TEST(ProjectFileTest, EditorWithStaticStorage) {
 
 TEST(ProjectFileTest, GenerateId) {
     ProjectFile project;
-    std::vector<std::string> keys;
-    for(int i = 0; i != 40; ++i) {
-        const Containers::String key = project.generateId();
-        keys.emplace_back(key.data(), key.size());
-    }
+    std::vector<std::string> keys(40);
+    for(std::string& key: keys) key = project.generateId().data();
     /* Distinct, sorting by creation, usable unescaped */
     for(std::size_t i = 1; i != keys.size(); ++i) EXPECT_LT(keys[i - 1], keys[i]);
     for(const std::string& key: keys)
