@@ -85,8 +85,15 @@ TEST_F(ProjectToolsTest, IsObjectDeletedWalksUpTheParents) {
 }
 
 TEST_F(ProjectToolsTest, WhatEachEditPushes) {
+    /* The keys are copied, as an initializer list's items end with the row's expression */
     const auto deleteSelected = [](std::initializer_list<const char*> keys) {
-        return [keys](QuelmarEditor& e) { selectObjects(e, keys); deleteSelectedObjects(e); return std::string{}; };
+        return [keys = std::vector<const char*>{keys}](QuelmarEditor& e) {
+            StringArray selected{keys.size()};
+            for(const char* key: keys) selected.add(key);
+            selectObjects(e, selected);
+            deleteSelectedObjects(e);
+            return std::string{};
+        };
     };
     const auto deleted = [](const char* key) { return "/objects/" + std::string{key} + "/deleted () -> true"; };
     /* What the edit returns, its records, the undo steps they make, its output, the tree after */
