@@ -27,7 +27,9 @@ unsigned short indexOf(QuelmarEditor& editor, const char* key) {
     return editor.objectLookup->keyToIndex()[Containers::String{key}];
 }
 
-TEST(QuelmarEditorTest, GraphFollowsTheDocument) {
+/* The graph a whole rebuild makes; that changes show the same way
+   incrementally, the comparison with whole rebuilds checks */
+TEST(QuelmarEditorTest, GraphOfADocument) {
     QuelmarEditor editor;
     EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 1);
 
@@ -46,18 +48,6 @@ TEST(QuelmarEditorTest, GraphFollowsTheDocument) {
     const unsigned short d = indexOf(editor, "d");
     ASSERT_NE(d, 0);
     EXPECT_EQ(editor.scene->sceneGraph->indexToPosition()[d], 0);
-
-    /* Undeleting through the history brings the subtree back with the same
-       indices */
-    const unsigned short a = indexOf(editor, "a"), c = indexOf(editor, "c");
-    editor.changeManager->pushRemoval("/objects/b/deleted");
-    EXPECT_EQ(tree(editor), "a()4 c(a)1 g(c)0 b(a)1 d(b)0 e()0 f()0 ");
-    EXPECT_EQ(indexOf(editor, "a"), a);
-    EXPECT_EQ(indexOf(editor, "c"), c);
-    EXPECT_EQ(indexOf(editor, "d"), d);
-
-    editor.changeManager->undoLast();
-    EXPECT_EQ(tree(editor), "a()2 c(a)1 g(c)0 e()0 f()0 ");
 }
 
 /* Whether freeing an index also frees its selection bit, and unknown keys
