@@ -35,13 +35,12 @@ TEST(ProjectFileTest, LoadRefusalsKeepTheDocument) {
     ProjectFile project;
     ASSERT_TRUE(project.loadFromString(R"({"objects":{"a":{"name":"A"}}})"));
     const std::string before = writeJson(*project.document);
+    std::ostringstream out;
+    Utility::Error redirect{&out};
     for(const auto& row: data) {
         SCOPED_TRACE(row.name);
-        std::ostringstream out;
-        {
-            Utility::Error redirect{&out};
-            EXPECT_FALSE(project.loadFromString({row.json.data(), row.json.size()}));
-        }
+        out.str("");
+        EXPECT_FALSE(project.loadFromString({row.json.data(), row.json.size()}));
         EXPECT_EQ(out.str(), row.message);
         EXPECT_EQ(writeJson(*project.document), before);
     }

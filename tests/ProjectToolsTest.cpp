@@ -47,8 +47,9 @@ struct ProjectToolsTest: testing::Test {
     }
 
     /* Cycles in some documents are warned about while the graph is built */
-    std::ostringstream warnings;
+    std::ostringstream warnings, out;
     Utility::Warning redirect{&warnings};
+    Utility::Debug redirectOutput{&out};
     QuelmarEditor editor;
     int generated = 0;
 };
@@ -123,11 +124,8 @@ TEST_F(ProjectToolsTest, WhatEachEditPushes) {
         /* A step already in the history, which no edit may join */
         deleteObject(editor, "zz");
         const std::string before = editor.data.project.toJson().data();
-        std::ostringstream out;
-        {
-            Utility::Debug redirectOutput{&out};
-            EXPECT_EQ(row.edit(editor), row.key);
-        }
+        out.str("");
+        EXPECT_EQ(row.edit(editor), row.key);
         EXPECT_FALSE(editor.changeManager->isGroupOpen());
         EXPECT_EQ(out.str(), row.output);
         EXPECT_THAT(records(1), testing::ElementsAreArray(row.records));

@@ -116,7 +116,7 @@ TEST_F(ReparentTest, WritesTheLocalMatrixUnderTheNewParent) {
     }
 }
 
-TEST_F(ReparentTest, SetMovesTopmostObjectsAsOneStep) {
+TEST_F(ReparentTest, SetMovesTopmostObjectsButNotRootOrParentAsOneStep) {
     /* a ─ b, c, d ─ e; bits of a, b, c and the new parent d */
     load(R"({"objects":{"a":{"transformation":[0,1,0,0, -1,0,0,0, 0,0,1,0, 1,2,3,1]},"b":{"parent":"a","transformation":[1,0,0,0, 0,1,0,0, 0,0,1,0, 0,5,0,1]},)"
         R"("c":{"transformation":[2,0,0,0, 0,2,0,0, 0,0,2,0, -1,0,0,1]},"d":{"transformation":[1,0,0,0, 0,0,1,0, 0,-1,0,0, 4,4,4,1]},"e":{"parent":"d"}}})");
@@ -134,9 +134,7 @@ TEST_F(ReparentTest, SetMovesTopmostObjectsAsOneStep) {
     EXPECT_FALSE(editor.changeManager->canUndo());
     editor.changeManager->redoLastUndo();
     EXPECT_EQ(editor.data.project.toJson().data(), after);
-}
 
-TEST_F(ReparentTest, SetSkipsTheRootAndTheNewParent) {
     /* With a deleted the graph has three positions, but c has index 3; the
        root's bit holds back nothing below it, and neither it nor the new
        parent moves */
