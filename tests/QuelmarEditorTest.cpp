@@ -35,14 +35,8 @@ TEST(QuelmarEditorTest, GraphOfADocument) {
 
     /* Siblings in map order, dangling parents under the root, deleted
        objects left out with everything below them */
-    ASSERT_TRUE(editor.loadFromString(R"({"objects":{
-        "c":{"parent":"a"},
-        "a":{},
-        "b":{"parent":"a","deleted":true},
-        "d":{"parent":"b"},
-        "e":{"parent":"gone"},
-        "f":{"parent":""},
-        "g":{"parent":"c"}}})"));
+    ASSERT_TRUE(editor.loadFromString(R"({"objects":{"c":{"parent":"a"},"a":{},"b":{"parent":"a","deleted":true},"d":{"parent":"b"},)"
+        R"("e":{"parent":"gone"},"f":{"parent":""},"g":{"parent":"c"}}})"));
     EXPECT_EQ(tree(editor), "a()2 c(a)1 g(c)0 e()0 f()0 ");
 
     const unsigned short d = indexOf(editor, "d");
@@ -72,12 +66,8 @@ TEST(QuelmarEditorTest, CyclesAreBroken) {
     QuelmarEditor editor;
     std::ostringstream out;
     Utility::Warning redirect{&out};
-    ASSERT_TRUE(editor.loadFromString(R"({"objects":{
-        "x":{"parent":"z"},
-        "self":{"parent":"self"},
-        "y":{"parent":"x"},
-        "z":{"parent":"y"},
-        "hanger":{"parent":"y"}}})"));
+    ASSERT_TRUE(editor.loadFromString(R"({"objects":{"x":{"parent":"z"},"self":{"parent":"self"},"y":{"parent":"x"},"z":{"parent":"y"},)"
+        R"("hanger":{"parent":"y"}}})"));
     EXPECT_EQ(out.str(),
         "Objects x, z, y are parents of each other, showing x under the root\n"
         "Objects self are parents of each other, showing self under the root\n");
