@@ -302,13 +302,6 @@ TEST_F(QuelmarProgramTest, JsonOutputsHoldWhatPeopleSee) {
         }
         return pieces;
     };
-    const auto history = [&](const rapidjson::Value& json) {
-        Pieces pieces;
-        for(const auto& step: json["steps"].GetArray())
-            pieces.push_back(" " + std::to_string(step["number"].GetUint64()) + " " + text(step["label"]) + " (" + count(step["changes"], "change") + ")" +
-                (step["undone"].GetBool() ? " (undone)\n" : "\n"));
-        return pieces;
-    };
     const struct { const char* command; std::function<Pieces(const rapidjson::Value&)> pieces; } rows[]{
         {"tree", objects},
         {"tree Stage --depth 1", objects},
@@ -321,7 +314,13 @@ TEST_F(QuelmarProgramTest, JsonOutputsHoldWhatPeopleSee) {
                 std::to_string(json["appliedChanges"].GetUint64()) + " of " + std::to_string(json["changes"].GetUint64()),
                 json["saved"].GetBool() ? "saved" : "unsaved changes"};
         }},
-        {"history", history},
+        {"history", [&](const rapidjson::Value& json) {
+            Pieces pieces;
+            for(const auto& step: json["steps"].GetArray())
+                pieces.push_back(" " + std::to_string(step["number"].GetUint64()) + " " + text(step["label"]) + " (" + count(step["changes"], "change") + ")" +
+                    (step["undone"].GetBool() ? " (undone)\n" : "\n"));
+            return pieces;
+        }},
         {"history --changes", [&](const rapidjson::Value& json) {
             Pieces pieces;
             for(const auto& change: json["changes"].GetArray())
