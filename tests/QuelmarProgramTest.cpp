@@ -400,9 +400,8 @@ TEST_F(QuelmarProgramTest, RefusalsChangeNothing) {
     EXPECT_EQ(session.err.substr(expectedErrors.size()), "error: there are unsaved changes (2 steps: delete spine, "
         "set /objects/camera/name \"Eye\"); save them, or use quit! to discard them\n");
     /* One prompt per line read, and one before the end of input */
-    std::size_t prompts = 0;
-    for(std::size_t at = session.out.find("quelmar> "); at != std::string::npos; at = session.out.find("quelmar> ", at + 1)) ++prompts;
-    EXPECT_EQ(prompts, std::size_t(std::count(input.begin(), input.end(), '\n')));
+    const std::regex prompt{"quelmar> "};
+    EXPECT_EQ(std::distance(std::sregex_iterator{session.out.begin(), session.out.end(), prompt}, {}), std::count(input.begin(), input.end(), '\n'));
     EXPECT_NE(session.out.find("2 changes in 2 steps: 2 to undo, 0 to redo\n"), std::string::npos);
     EXPECT_NE(session.out.find("quelmar> hero \"Hero\"\n"), std::string::npos);
     EXPECT_EQ(readText(path("demo.quelmar")).find("# A tour"), 0u);
