@@ -195,9 +195,7 @@ TEST_F(EditSessionJournalTest, DamagedTailIsDroppedWhole) {
             EXPECT_THAT(opened.warnings(), testing::ElementsAre(Utility::format("the journal {} holds {} {} of unsaved work from a session "
                 "that ended without saving, and a damaged tail that recovery drops; the project is read-only until it is recovered or discarded",
                 journal, row.steps, row.steps == 1 ? "entry" : "entries").data()));
-            const EditResult recovered = session.recover();
-            ASSERT_TRUE(recovered);
-            EXPECT_THAT(recovered.warnings(), testing::ElementsAre(Utility::format("the journal's last {} bytes were torn or damaged and are dropped", dropped).data()));
+            EXPECT_THAT(session.recover().warnings(), testing::ElementsAre(Utility::format("the journal's last {} bytes were torn or damaged and are dropped", dropped).data()));
             EXPECT_EQ(json(session), documents[row.steps]);
             /* The journal goes on after the last whole entry */
             ASSERT_TRUE(session.set("/objects/b/name", "\"Again\""));
@@ -241,9 +239,7 @@ TEST_F(EditSessionJournalTest, ReadOnlyUntilRecoveredOrDiscarded) {
             EXPECT_EQ(refused.message(), readOnly);
         if(stale) EXPECT_EQ(session.recover().message(), "the journal was written for another version of " + file + " and can only be discarded");
         else {
-            const EditResult recovered = session.recover();
-            ASSERT_TRUE(recovered);
-            EXPECT_EQ(recovered.text(), "replayed 3 entries: 1 step to undo, 1 to redo");
+            ASSERT_EQ(session.recover().text(), "replayed 3 entries: 1 step to undo, 1 to redo");
             ASSERT_TRUE(session.redo());
             EXPECT_EQ(session.history().steps()[1].label, "add M a");
             ASSERT_TRUE(session.undo(2));
