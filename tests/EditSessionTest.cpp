@@ -235,12 +235,11 @@ TEST_F(EditSessionTest, FailedStepTakesBackWhatItPushed) {
     ASSERT_TRUE(session.set("/materials/m/k", "1"));
     ASSERT_TRUE(session.undo());
     const std::string before = json();
-    const EditResult result = session.step("half", [this] {
+    EXPECT_EQ(session.step("half", [this] {
         deleteSelectedObjects(session.editor());
         EXPECT_TRUE(session.addObject("N", "a"));
         return EditResult::failure("no");
-    });
-    EXPECT_EQ(result.message(), "no");
+    }).message(), "no");
     EXPECT_EQ(json(), before);
     /* Pushing dropped the step that could be redone, and the failed one can't take its place */
     EXPECT_EQ(session.undoCount() + session.redoCount() + session.recordCount(), 0u);
