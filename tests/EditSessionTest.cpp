@@ -327,14 +327,11 @@ TEST_F(EditSessionTest, HistoryBudgetDropsTheOldestSteps) {
         ASSERT_EQ(session.undoCount(), 3u);
         EXPECT_EQ(session.history().steps()[0].label, "set /materials/m/k3 1");
         EXPECT_EQ(session.history().savedPosition(), savedAfter == 2 ? EditHistory::NotInHistory : savedAfter - 3);
-        for(std::size_t i = 6; i != 3; --i) {
+        for(std::size_t i = 6; i != 2; --i) {
             EXPECT_EQ(json(), states[i]);
             EXPECT_EQ(session.isSaved(), i == savedAfter);
-            ASSERT_TRUE(session.undo());
+            EXPECT_EQ(session.undo().message(), i == 3 ? "there is nothing to undo" : "");
         }
-        EXPECT_EQ(json(), states[3]);
-        EXPECT_EQ(session.isSaved(), savedAfter == 3);
-        EXPECT_EQ(session.undo().message(), "there is nothing to undo");
         ASSERT_TRUE(session.redo(3));
         EXPECT_EQ(json(), states[6]);
     }
