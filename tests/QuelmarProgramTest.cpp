@@ -437,9 +437,8 @@ TEST_F(QuelmarProgramTest, TerminalSessions) {
     }
 
     /* Commands from a pipe are a script, which SIGTERM ends once the command under way is done */
-    const int status = std::system(("cd " + shellQuoted(dir) + " && rm -f .stdout .pid && { echo 'add Crate'; i=0; while [ ! -s .stdout ] && [ $i -lt 1200 ]; do sleep 0.05; i=$((i+1)); done; "
-        "kill -TERM $(cat .pid); } | sh -c 'echo $$ >.pid; exec \"$0\" scene.json' " + shellQuoted(binary) + " >.stdout 2>.stderr").data());
-    const Outcome script = outcome(status);
+    const Outcome script = outcome(std::system(("cd " + shellQuoted(dir) + " && rm -f .stdout .pid && { echo 'add Crate'; i=0; while [ ! -s .stdout ] && [ $i -lt 1200 ]; do sleep 0.05; i=$((i+1)); done; "
+        "kill -TERM $(cat .pid); } | sh -c 'echo $$ >.pid; exec \"$0\" scene.json' " + shellQuoted(binary) + " >.stdout 2>.stderr").data()));
     EXPECT_EQ(script.status, 128 + SIGTERM);
     EXPECT_EQ(script.err, "error: stopped by SIGTERM; there are unsaved changes (1 step: add Crate); the journal .scene.json.journal keeps them for recover\n");
     /* Which the next session is offered */
