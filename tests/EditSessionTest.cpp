@@ -199,35 +199,30 @@ TEST_F(EditSessionTest, ObjectsByKeyNameAndPattern) {
     ASSERT_EQ(session.renameObject("b", "A").text(), "A.000");
     ASSERT_TRUE(select({"a"}));
     ASSERT_TRUE(session.duplicate(SelectionExtent::Objects));
-    const auto found = [this](const char* reference) {
-        const EditResult result = session.findObjects(reference);
-        return result ? join(result.keys()) : result.message();
+    /* A row looks its reference up after its action, if it has one */
+    const struct { std::function<EditResult()> before; const char* reference; const char* found; } rows[]{
+        {{}, "a", "a"},
+        {{}, "A.000", "b"},
+        {{}, "B", "there is no object B"},
+        {{}, "A", "the name A is shared by 2 objects: a at /A, n2 at /A; use a key to name one"},
+        {{}, "D", "there is no object D"},
+        {{}, "d", "object d is not in the scene: it or an ancestor is deleted"},
+        {{}, "[AC]", "a c z n2"},
+        {{}, "?.*", "b"},
+        {{}, "Q*", "no object's name matches Q*"},
+        {[this] { return session.undo(2); }, "A", "a"},
+        {{}, "B", "b"},
+        {[this] { return session.redo(); }, "A.000", "b"},
+        {[this] { return session.set("/objects", R"({"x":{"name":"B"}})"); }, "B", "x"},
+        {{}, "A.000", "there is no object A.000"},
     };
-    const struct { const char* reference; const char* found; } rows[]{
-        {"a", "a"},
-        {"A.000", "b"},
-        {"B", "there is no object B"},
-        {"A", "the name A is shared by 2 objects: a at /A, n2 at /A; use a key to name one"},
-        {"D", "there is no object D"},
-        {"d", "object d is not in the scene: it or an ancestor is deleted"},
-        {"[AC]", "a c z n2"},
-        {"?.*", "b"},
-        {"Q*", "no object's name matches Q*"},
-    };
+    EXPECT_EQ(join(session.findByName("Q*").keys()), "");
     for(const auto& row: rows) {
         SCOPED_TRACE(row.reference);
-        EXPECT_EQ(found(row.reference), row.found);
+        ASSERT_TRUE(!row.before || row.before());
+        const EditResult result = session.findObjects(row.reference);
+        EXPECT_EQ(result ? join(result.keys()) : result.message(), row.found);
     }
-    EXPECT_EQ(join(session.findByName("Q*").keys()), "");
-
-    ASSERT_TRUE(session.undo(2));
-    EXPECT_EQ(found("A"), "a");
-    EXPECT_EQ(found("B"), "b");
-    ASSERT_TRUE(session.redo());
-    EXPECT_EQ(found("A.000"), "b");
-    ASSERT_TRUE(session.set("/objects", R"({"x":{"name":"B"}})"));
-    EXPECT_EQ(found("B"), "x");
-    EXPECT_EQ(found("A.000"), "there is no object A.000");
 }
 
 TEST_F(EditSessionTest, FailedStepTakesBackWhatItPushed) {
