@@ -50,29 +50,26 @@ EditResult select(EditSession& session, const char* key) {
 
 /* Value edits, duplicates of whole trees, saves, undo and redo within the
    journal and past the saved state */
-const std::vector<std::function<EditResult(EditSession&)>>& script() {
-    static const std::vector<std::function<EditResult(EditSession&)>> steps{
-        [](EditSession& s) { return s.set("/objects/a/name", "\"First\""); },
-        [](EditSession& s) { EXPECT_TRUE(select(s, "a")); return s.duplicate(SelectionExtent::Trees); },
-        [](EditSession& s) { return s.addObject("N", "a"); },
-        [](EditSession& s) { return s.save(); },
-        [](EditSession& s) { return s.set("/materials/m/color", "[2, 0.1]"); },
-        [](EditSession& s) { return s.undo(2); },
-        [](EditSession& s) { return s.redo(1); },
-        [](EditSession& s) { return s.deleteObject("a"); },
-        [](EditSession& s) { return s.remove("/materials/m"); },
-        [](EditSession& s) { return s.undo(2); },
-        [](EditSession& s) { EXPECT_TRUE(select(s, "b")); return s.duplicate(SelectionExtent::Objects); },
-        [](EditSession& s) { return s.undo(1); },
-        [](EditSession& s) { return s.redo(1); },
-        [](EditSession& s) { EXPECT_TRUE(select(s, "a")); return s.duplicate(SelectionExtent::Trees); },
-        [](EditSession& s) { return s.save(); },
-        [](EditSession& s) { return s.set("/objects/b/name", "\"Last\""); },
-        [](EditSession& s) { return s.undo(3); },
-        [](EditSession& s) { return s.set("/materials/new", "{\"color\": 3}"); },
-    };
-    return steps;
-}
+const std::function<EditResult(EditSession&)> Script[]{
+    [](EditSession& s) { return s.set("/objects/a/name", "\"First\""); },
+    [](EditSession& s) { EXPECT_TRUE(select(s, "a")); return s.duplicate(SelectionExtent::Trees); },
+    [](EditSession& s) { return s.addObject("N", "a"); },
+    [](EditSession& s) { return s.save(); },
+    [](EditSession& s) { return s.set("/materials/m/color", "[2, 0.1]"); },
+    [](EditSession& s) { return s.undo(2); },
+    [](EditSession& s) { return s.redo(1); },
+    [](EditSession& s) { return s.deleteObject("a"); },
+    [](EditSession& s) { return s.remove("/materials/m"); },
+    [](EditSession& s) { return s.undo(2); },
+    [](EditSession& s) { EXPECT_TRUE(select(s, "b")); return s.duplicate(SelectionExtent::Objects); },
+    [](EditSession& s) { return s.undo(1); },
+    [](EditSession& s) { return s.redo(1); },
+    [](EditSession& s) { EXPECT_TRUE(select(s, "a")); return s.duplicate(SelectionExtent::Trees); },
+    [](EditSession& s) { return s.save(); },
+    [](EditSession& s) { return s.set("/objects/b/name", "\"Last\""); },
+    [](EditSession& s) { return s.undo(3); },
+    [](EditSession& s) { return s.set("/materials/new", "{\"color\": 3}"); },
+};
 
 }
 
@@ -87,7 +84,7 @@ TEST_F(EditSessionJournalTest, KilledSessionRecoversItsLastCompletedStep) {
         EditSession session;
         ASSERT_TRUE(open(session, file));
         expected.push_back(json(session));
-        for(const auto& step: script()) {
+        for(const auto& step: Script) {
             const auto started = std::chrono::steady_clock::now();
             ASSERT_TRUE(step(session));
             durations.push_back(long(std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - started).count()));
@@ -98,7 +95,7 @@ TEST_F(EditSessionJournalTest, KilledSessionRecoversItsLastCompletedStep) {
     /* Each round kills at a random moment of one step, every step in turn */
     std::mt19937 random{1};
     for(std::size_t round = 0; round != 200; ++round) {
-        const std::size_t target = round % script().size();
+        const std::size_t target = round % std::size(Script);
         writeText(file, original);
         std::remove(journal.data());
         /* The session takes a step when told, and says when it is done */
@@ -111,7 +108,7 @@ TEST_F(EditSessionJournalTest, KilledSessionRecoversItsLastCompletedStep) {
         if(!child) {
             EditSession session;
             if(!open(session, file)) ::_exit(1);
-            for(const auto& step: script()) {
+            for(const auto& step: Script) {
                 if(::read(go[0], buffer, 1) != 1 || !step(session) || ::write(done[1], "", 1) != 1) ::_exit(1);
             }
             for(;;) ::pause();
