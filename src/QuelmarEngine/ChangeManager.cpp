@@ -383,7 +383,11 @@ void ChangeManager::notify(const Change& change) {
                 if(_components.size() < count) arrayResize(_components, count);
                 std::size_t i = 0;
                 for(std::size_t from = 0, to = 0; to <= size; ++to) if(to == size || data[to] == '/') {
-                    _components[i++] = Containers::String{data + from, to - from};
+                    /* Consecutive changes mostly share their leading
+                       components, which then need no new string */
+                    const Containers::StringView component{data + from, to - from};
+                    if(Containers::StringView{_components[i]} != component) _components[i] = Containers::String{data + from, to - from};
+                    ++i;
                     from = to + 1;
                 }
             }
