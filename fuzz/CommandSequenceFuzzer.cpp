@@ -17,34 +17,26 @@ using namespace QuelmarFuzz;
 namespace {
 
 /* Reads bytes from the front of the input; zeros once it runs out */
-class Input {
-    public:
-        Input(const std::uint8_t* data, std::size_t size): _data{data}, _size{size} {}
+struct Input {
+    const std::uint8_t* data;
+    std::size_t size, position;
 
-        bool isEmpty() const { return _position == _size; }
+    bool isEmpty() const { return position == size; }
 
-        std::uint8_t byte() { return _position == _size ? 0 : _data[_position++]; }
+    std::uint8_t byte() { return position == size ? 0 : data[position++]; }
 
-        /* Text up to a NUL byte or the end, at most @p max bytes */
-        std::string text(std::size_t max = 64) {
-            std::string out;
-            while(_position != _size && out.size() != max) {
-                const char c = char(_data[_position++]);
-                if(!c) break;
-                out += c;
-            }
-            return out;
-        }
+    /* Text up to a NUL byte or the end, at most @p max bytes */
+    std::string text(std::size_t max = 64) {
+        std::string out;
+        for(char c; position != size && out.size() != max && (c = char(data[position++])); ) out += c;
+        return out;
+    }
 
-        /* A small number, whole or with one decimal, negative or not */
-        double number() {
-            const std::uint8_t b = byte();
-            return (b & 0x80 ? -1.0 : 1.0)*(b & 0x40 ? (b & 0x3f)/10.0 : (b & 0x3f));
-        }
-
-    private:
-        const std::uint8_t* _data;
-        std::size_t _size, _position{};
+    /* A small number, whole or with one decimal, negative or not */
+    double number() {
+        const std::uint8_t b = byte();
+        return (b & 0x80 ? -1.0 : 1.0)*(b & 0x40 ? (b & 0x3f)/10.0 : (b & 0x3f));
+    }
 };
 
 /* One of the keys of "objects", the root, a name, a pattern or something
@@ -61,11 +53,6 @@ std::string pickObject(EditSession& session, Input& input) {
     }
 }
 
-Magnum::Vector3d pickVector(Input& input) {
-    const double x = input.number(), y = input.number();
-    return {x, y, input.number()};
-}
-
 Containers::StringView view(const std::string& text) { return {text.data(), text.size()}; }
 
 EditResult selectSome(EditSession& session, Input& input) {
@@ -78,7 +65,8 @@ EditResult selectSome(EditSession& session, Input& input) {
 
 EditResult transform(EditSession& session, Input& input, const std::uint8_t which) {
     const std::string object = pickObject(session, input);
-    const Magnum::Vector3d vector = pickVector(input);
+    /* A braced list reads the numbers in order */
+    const Magnum::Vector3d vector{input.number(), input.number(), input.number()};
     const std::uint8_t flags = input.byte();
     const TransformSpace space = flags & 1 ? TransformSpace::World : TransformSpace::Local;
     const TransformAmount amount = flags & 2 ? TransformAmount::By : TransformAmount::To;
@@ -183,7 +171,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     /* The document at each place in the history, the fixed project first */
     std::vector<std::string> documents{documentOf(session)};
 
-    Input input{data, size};
+    Input input{data, size, 0};
     for(std::size_t actions = 0; !input.isEmpty() && actions != 64; ++actions) {
         const std::uint8_t action = input.byte();
         if(action >= 0xe0) travel(session, action, documents);

@@ -16,24 +16,17 @@ int main(int argc, char** argv) {
     std::vector<std::filesystem::path> files;
     for(int i = 1; i != argc; ++i) {
         if(!std::filesystem::is_directory(argv[i])) files.emplace_back(argv[i]);
-        else for(const auto& entry: std::filesystem::directory_iterator{argv[i]})
-            if(entry.is_regular_file()) files.push_back(entry.path());
+        else for(const auto& entry: std::filesystem::directory_iterator{argv[i]}) files.push_back(entry.path());
     }
     std::sort(files.begin(), files.end());
-    if(files.empty()) {
-        std::fprintf(stderr, "no corpus files given\n");
-        return 1;
-    }
     for(const std::filesystem::path& file: files) {
         std::ifstream in{file, std::ios::binary};
-        if(!in) {
-            std::fprintf(stderr, "can't read %s\n", file.c_str());
-            return 1;
-        }
-        const std::string data{std::istreambuf_iterator<char>{in}, {}};
         /* Named first, so that a crash says which file it was */
         std::fprintf(stderr, "%s\n", file.c_str());
+        if(!in) return 1;
+        const std::string data{std::istreambuf_iterator<char>{in}, {}};
         LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(data.data()), data.size());
     }
     std::printf("replayed %zu files\n", files.size());
+    return files.empty();
 }

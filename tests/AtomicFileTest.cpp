@@ -1,24 +1,16 @@
 /* Replacing files atomically: permissions and links kept, nothing left behind */
-#include <cstdio>
-#include <fstream>
-#include <sstream>
-#include <string>
 #include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <gtest/gtest.h>
 
 #include "QuelmarEngine/host/AtomicFile.h"
+#include "TestFiles.h"
 
 using namespace QuelmarEngine;
+using namespace QuelmarTest;
 
 namespace {
-
-std::string readText(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream{path}.rdbuf();
-    return text.str();
-}
 
 std::size_t entryCount(const std::string& dir) {
     std::size_t count = 0;
@@ -31,10 +23,9 @@ std::size_t entryCount(const std::string& dir) {
 }
 
 TEST(AtomicFileTest, ReplacesTheFileALinkPointsToKeepingItsPermissions) {
-    const std::string dir = testing::TempDir() + "atomic-file-" + std::to_string(::getpid());
-    ASSERT_EQ(::mkdir(dir.data(), 0700), 0);
-    const std::string file = dir + "/file", link = dir + "/link";
-    std::ofstream{file} << "old";
+    const TemporaryFolder dir;
+    const std::string file = dir/"file", link = dir/"link";
+    writeText(file, "old");
     ASSERT_EQ(::chmod(file.data(), 0640), 0);
     ASSERT_EQ(::symlink("file", link.data()), 0);
 
@@ -48,12 +39,8 @@ TEST(AtomicFileTest, ReplacesTheFileALinkPointsToKeepingItsPermissions) {
     EXPECT_EQ(readText(file), "new");
 
     /* A write that fails says why and leaves no temporary file */
-    const std::string blocked = dir + "/file/below";
+    const std::string blocked = dir/"file/below";
     EXPECT_FALSE(writeFileAtomically({blocked.data(), blocked.size()}, "x", error));
     EXPECT_EQ(error, "Not a directory");
-    EXPECT_EQ(entryCount(dir), 2u);
-
-    std::remove(link.data());
-    std::remove(file.data());
-    ::rmdir(dir.data());
+    EXPECT_EQ(entryCount(dir.path), 2u);
 }

@@ -43,10 +43,7 @@ struct Random {
 };
 
 /* A value of the document; the pointer holds until the next change */
-struct Node {
-    std::string path;
-    const rapidjson::Value* value;
-};
+struct Node { std::string path; const rapidjson::Value* value; };
 
 void collect(const rapidjson::Value& value, const std::string& path, std::vector<Node>& out) {
     out.push_back({path, &value});

@@ -31,31 +31,17 @@ TEST_F(ClipboardTest, ClipboardText) {
     EXPECT_EQ(copySelected(editor), "{\"objects\":{\n\"\": {\"name\":\"Empty\"}\n}\n}");
 
     /* Tree order whatever the order of selecting; skins in order of first reference, s2 once, 5 none */
+    const std::string bAndC = "\"b\": {\"name\":\"say \\\"hi\\\"\",\"parent\":\"a\",\"skin\":\"s2\"},\n\"c\": {\"name\":\"C\",\"parent\":\"a\",\"skin\":\"s1\"}",
+        skins = "\n}\n,\"skins\":{\n\"s2\": {\"joints\":[\"b\",\"c\"]},\n\"s1\": {\"joints\":[\"a\"]}\n}\n}";
     selectObjects(editor, {"e", "d", "c", "b"});
-    EXPECT_EQ(copySelected(editor),
-        "{\"objects\":{\n"
-        "\"b\": {\"name\":\"say \\\"hi\\\"\",\"parent\":\"a\",\"skin\":\"s2\"},\n"
-        "\"c\": {\"name\":\"C\",\"parent\":\"a\",\"skin\":\"s1\"},\n"
-        "\"d\": {\"name\":\"D\",\"skin\":\"s2\",\"transformation\":[1,0,0,0,0,1,0,0,0,0,1,0,0.5,0,0,1]},\n"
-        "\"e\": {\"name\":\"E\",\"skin\":5}\n"
-        "}\n,\"skins\":{\n"
-        "\"s2\": {\"joints\":[\"b\",\"c\"]},\n"
-        "\"s1\": {\"joints\":[\"a\"]}\n"
-        "}\n}");
+    EXPECT_EQ(copySelected(editor), "{\"objects\":{\n" + bAndC + ",\n\"d\": {\"name\":\"D\",\"skin\":\"s2\",\"transformation\":[1,0,0,0,0,1,0,0,0,0,1,0,0.5,0,0,1]},\n"
+        "\"e\": {\"name\":\"E\",\"skin\":5}" + skins);
 
     /* c lies in a's tree and must not come twice; copying changes nothing */
     selectObjects(editor, {"c", "a"});
     const std::string before = editor.data.project.toJson().data();
     std::ostream* const debugOutput = Utility::Debug::output();
-    EXPECT_EQ(copySelectedTrees(editor),
-        "{\"objects\":{\n"
-        "\"a\": {\"name\":\"A\"},\n"
-        "\"b\": {\"name\":\"say \\\"hi\\\"\",\"parent\":\"a\",\"skin\":\"s2\"},\n"
-        "\"c\": {\"name\":\"C\",\"parent\":\"a\",\"skin\":\"s1\"}\n"
-        "}\n,\"skins\":{\n"
-        "\"s2\": {\"joints\":[\"b\",\"c\"]},\n"
-        "\"s1\": {\"joints\":[\"a\"]}\n"
-        "}\n}");
+    EXPECT_EQ(copySelectedTrees(editor), "{\"objects\":{\n\"a\": {\"name\":\"A\"},\n" + bAndC + skins);
     EXPECT_EQ(editor.data.project.toJson().data(), before);
     EXPECT_EQ(editor.changeManager->changeCount(), 0u);
     EXPECT_EQ(selectedObjectKeys(editor).size(), 2u);

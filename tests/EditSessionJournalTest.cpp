@@ -4,34 +4,21 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
-#include <fstream>
 #include <functional>
 #include <random>
-#include <sstream>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <gmock/gmock.h>
 #include <Corrade/Utility/FormatStl.h>
 
 #include "QuelmarEngine/host/EditSession.h"
+#include "TestFiles.h"
 
 using namespace QuelmarEngine;
+using namespace QuelmarTest;
 
 namespace {
-
-std::string readText(const std::string& path) {
-    std::ifstream file{path, std::ios::binary};
-    std::ostringstream out;
-    out << file.rdbuf();
-    return out.str();
-}
-
-void writeText(const std::string& path, const std::string& text) {
-    std::ofstream{path, std::ios::binary} << text;
-}
 
 /* Root objects a and b, with @p children objects below a */
 std::string scene(const std::size_t children) {
@@ -41,22 +28,6 @@ std::string scene(const std::size_t children) {
 }
 
 struct EditSessionJournalTest: testing::Test {
-    void SetUp() override {
-        /* A killed process leaves its writes in the page cache, so a memory
-           file system serves as well as a disk and makes the syncs cheap */
-        struct stat info;
-        const bool memory = ::stat("/dev/shm", &info) == 0 && S_ISDIR(info.st_mode);
-        char name[64];
-        std::strcpy(name, memory ? "/dev/shm/EditSessionJournalTest.XXXXXX" : "/tmp/EditSessionJournalTest.XXXXXX");
-        ASSERT_TRUE(::mkdtemp(name));
-        folder = name;
-        file = folder + "/scene.json";
-        journal = folder + "/.scene.json.journal";
-    }
-    void TearDown() override {
-        std::system(("rm -rf " + folder).data());
-    }
-
     /* Opens @p file with keys that every session hands out alike */
     static EditResult open(EditSession& session, const std::string& path) {
         EditResult result = session.open({path.data(), path.size()});
@@ -75,7 +46,8 @@ struct EditSessionJournalTest: testing::Test {
         return json(saved);
     }
 
-    std::string folder, file, journal;
+    TemporaryFolder folder;
+    const std::string file = folder/"scene.json", journal = folder/".scene.json.journal";
 };
 
 EditResult select(EditSession& session, const char* key) {

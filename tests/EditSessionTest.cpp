@@ -1,16 +1,16 @@
 /* The edit session: what it refuses, one undo step per action, the saved
    state, and what comes back with a result */
-#include <cstdio>
 #include <functional>
-#include <unistd.h>
 #include <gmock/gmock.h>
 #include <Corrade/Utility/FormatStl.h>
 
 #include "QuelmarEngine/ChangeManager.h"
 #include "QuelmarEngine/Tools/ProjectTools.h"
 #include "QuelmarEngine/host/EditSession.h"
+#include "TestFiles.h"
 
 using namespace QuelmarEngine;
+using namespace QuelmarTest;
 using testing::Eq;
 
 namespace {
@@ -51,20 +51,14 @@ struct EditSessionTest: testing::Test {
 
     std::string json() { return session.editor().data.project.toJson().data(); }
 
-    rapidjson::Document document() {
-        rapidjson::Document out;
-        out.CopyFrom(*session.editor().data.project.document, out.GetAllocator());
-        return out;
-    }
-
     /* Everything a refused action must leave as it was */
     std::string state() {
         return json() + Utility::format(" | undo {} redo {} records {} | selected {} | {} {}", session.undoCount(), session.redoCount(),
             session.recordCount(), join(session.selection()), session.path(), session.isSaved() ? "saved" : "unsaved").data();
     }
 
-    std::string path(const char* name) const { return Utility::format("{}/edit-session-{}-{}", testing::TempDir(), ::getpid(), name).data(); }
 
+    TemporaryFolder folder;
     EditSession session;
     int generated = 0;
 };
@@ -183,16 +177,16 @@ TEST_F(EditSessionTest, EachActionIsOneLabelledUndoStep) {
         ASSERT_TRUE(select({"b", "c"}));
         /* A step right before, which the action must not join */
         ASSERT_TRUE(session.set("/materials/m/k", "1"));
-        const rapidjson::Document before = document();
+        const std::string before = json();
         ASSERT_TRUE(row.action(session));
         EXPECT_EQ(session.undoCount(), 2u);
         EXPECT_EQ(session.history().steps()[1].label, row.label);
-        const rapidjson::Document after = document();
-        EXPECT_FALSE(after == before);
+        const std::string after = json();
+        EXPECT_NE(after, before);
         ASSERT_TRUE(session.undo());
-        EXPECT_TRUE(document() == before);
+        EXPECT_EQ(json(), before);
         ASSERT_TRUE(session.redo());
-        EXPECT_TRUE(document() == after);
+        EXPECT_EQ(json(), after);
     }
 }
 
@@ -257,8 +251,7 @@ TEST_F(EditSessionTest, FailedStepTakesBackWhatItPushed) {
 }
 
 TEST_F(EditSessionTest, SavedStateFollowsTheHistory) {
-    const std::string file = path("saved.json");
-    std::remove(file.data());
+    const std::string file = folder/"saved.json";
     /* Not there yet: an empty project, saved until changed */
     ASSERT_TRUE(session.open(file.data()));
     const auto add = [this] { return session.addObject("N", ""); };
@@ -282,7 +275,6 @@ TEST_F(EditSessionTest, SavedStateFollowsTheHistory) {
     EditSession reopened;
     ASSERT_TRUE(reopened.open(file.data()));
     EXPECT_EQ(reopened.editor().data.project.toJson().data(), json());
-    std::remove(file.data());
 }
 
 TEST_F(EditSessionTest, ResultsCarryWarningsAndKeys) {
@@ -321,7 +313,7 @@ TEST_F(EditSessionDeathTest, MisusedHistoryIsFatal) {
 /* Past the budget the oldest steps go whole, the newest always stays, and
    undo gives back exactly the states of the steps left */
 TEST_F(EditSessionTest, HistoryBudgetDropsTheOldestSteps) {
-    const std::string file = path("budget.json");
+    const std::string file = folder/"budget.json";
     const std::string big = "\"" + std::string(4000, 'x') + "\"";
     /* Saved after the second step, dropped with it; after the third, the
        newest dropped, which becomes the oldest state; after the fifth */
@@ -352,7 +344,6 @@ TEST_F(EditSessionTest, HistoryBudgetDropsTheOldestSteps) {
         ASSERT_TRUE(session.redo(3));
         EXPECT_EQ(json(), states[6]);
     }
-    std::remove(file.data());
 }
 
 /* Compaction leaves the document, the history both ways, the indices and

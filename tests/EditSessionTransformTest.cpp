@@ -1,6 +1,5 @@
 /* Transformations as translation, rotation and scaling, and world-keeping
    reparents that give back the numbers that were there */
-#include <functional>
 #include <string>
 #include <gtest/gtest.h>
 
@@ -41,18 +40,14 @@ TEST(EditSessionTransformTest, EditsReadBackAsGiven) {
         {"scale by", Scaling, TransformSpace::Local, {2.0, 3.0, 0.5}, {2.0, 2.0, 3.0}, {4.0, 6.0, 1.5}},
         {"scale in the world", Scaling, TransformSpace::World, {3.0, 3.0, 3.0}, {}, {3.0, 3.0, 3.0}},
     };
-    const std::function<EditResult(EditSession&, const Vector3d&, TransformSpace, TransformAmount)> edits[]{
-        [](EditSession& s, const Vector3d& v, TransformSpace space, TransformAmount amount) { return s.move("o", v, space, amount); },
-        [](EditSession& s, const Vector3d& v, TransformSpace space, TransformAmount amount) { return s.rotate("o", v, space, amount); },
-        [](EditSession& s, const Vector3d& v, TransformSpace space, TransformAmount amount) { return s.scale("o", v, space, amount); },
-    };
+    EditResult(EditSession::*const edits[])(Containers::StringView, const Vector3d&, TransformSpace, TransformAmount){&EditSession::move, &EditSession::rotate, &EditSession::scale};
     for(const auto& row: rows) {
         SCOPED_TRACE(row.name);
         EditSession session;
         ASSERT_TRUE(session.openText(project));
-        ASSERT_TRUE(edits[row.part](session, row.first, row.space, TransformAmount::To));
+        ASSERT_TRUE((session.*edits[row.part])("o", row.first, row.space, TransformAmount::To));
         if(row.by != Vector3d{}) {
-            ASSERT_TRUE(edits[row.part](session, row.by, row.space, TransformAmount::By));
+            ASSERT_TRUE((session.*edits[row.part])("o", row.by, row.space, TransformAmount::By));
         }
         EXPECT_EQ(session.undoCount(), row.by == Vector3d{} ? 1u : 2u);
 

@@ -1,19 +1,16 @@
 /* Reading input files: what is refused, without blocking or reading forever */
-#include <cstdio>
-#include <fstream>
-#include <string>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <gtest/gtest.h>
 
 #include "QuelmarEngine/host/FileReading.h"
+#include "TestFiles.h"
 
 using namespace QuelmarEngine;
+using namespace QuelmarTest;
 
 TEST(FileReadingTest, ReadsRegularFilesUpToTheLimit) {
-    const std::string dir = testing::TempDir() + "file-reading-" + std::to_string(::getpid());
-    ASSERT_EQ(::mkdir(dir.data(), 0700), 0);
-    std::ofstream{dir + "/four"} << "four";
+    const TemporaryFolder folder;
+    const std::string& dir = folder.path;
+    writeText(dir + "/four", "four");
     /* Opened for reading with no writer, a FIFO would block */
     ASSERT_EQ(::mkfifo((dir + "/fifo").data(), 0600), 0);
 
@@ -32,7 +29,4 @@ TEST(FileReadingTest, ReadsRegularFilesUpToTheLimit) {
         EXPECT_EQ(text, row.text);
         EXPECT_EQ(error, row.error);
     }
-    std::remove((dir + "/four").data());
-    std::remove((dir + "/fifo").data());
-    ::rmdir(dir.data());
 }

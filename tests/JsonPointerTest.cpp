@@ -15,12 +15,7 @@ rapidjson::Document parse(const char* json) {
 }
 
 TEST(JsonPointerTest, Parse) {
-    const struct {
-        const char* path;
-        bool valid;
-        std::vector<std::string> names;
-        std::vector<std::uint32_t> indices;
-    } data[]{
+    const struct { const char* path; bool valid; std::vector<std::string> names; std::vector<std::uint32_t> indices; } data[]{
         {"", true, {}, {}},
         {"/", true, {""}, {JsonPointer::InvalidIndex}},
         {"/objects/a7/name", true, {"objects", "a7", "name"}, {JsonPointer::InvalidIndex, JsonPointer::InvalidIndex, JsonPointer::InvalidIndex}},
@@ -45,21 +40,10 @@ TEST(JsonPointerTest, Parse) {
 }
 
 TEST(JsonPointerTest, GetCreateErase) {
-    const struct {
-        const char* name;
-        const char* before;
-        const char* path;
-        const char* afterCreate;
-        bool existed;
-        const char* afterErase;
-    } data[]{
+    const struct { const char* name; const char* before; const char* path; const char* afterCreate; bool existed; const char* afterErase; } data[]{
         {"member exists", R"({"a":{"b":1}})", "/a/b", R"({"a":{"b":1}})", true, R"({"a":{}})"},
         {"member added last", R"({"a":{"c":1}})", "/a/b", R"({"a":{"c":1,"b":null}})", false, R"({"a":{"c":1}})"},
-        {"pads with nulls", R"({"l":[1]})", "/l/3", R"({"l":[1,null,null,null]})", false, R"({"l":[1]})"},
-        {"dash appends", R"({"l":[1]})", "/l/-", R"({"l":[1,null]})", false, R"({"l":[1]})"},
         {"dash on an object is a name", R"({"o":{}})", "/o/-", R"({"o":{"-":null}})", false, R"({"o":{}})"},
-        {"scalar becomes object", R"({"s":5})", "/s/x", R"({"s":{"x":null}})", false, R"({"s":5})"},
-        {"array met by a name becomes object", R"({"l":[1,2]})", "/l/x", R"({"l":{"x":null}})", false, R"({"l":[1,2]})"},
         {"erase keeps member order", R"({"a":1,"b":2,"c":3})", "/b", R"({"a":1,"b":2,"c":3})", true, R"({"a":1,"c":3})"},
         {"erase moves elements down", R"({"l":[10,20,30]})", "/l/1", R"({"l":[10,20,30]})", true, R"({"l":[10,30]})"},
         {"escaped name", R"({"a/b":{"~":1}})", "/a~1b/~0", R"({"a/b":{"~":1}})", true, R"({"a/b":{}})"},
@@ -74,10 +58,7 @@ TEST(JsonPointerTest, GetCreateErase) {
         bool existed = !row.existed;
         rapidjson::Value& created = pointer.create(document, document.GetAllocator(), &existed);
         EXPECT_EQ(existed, row.existed);
-        /* "-" names no element to read back */
-        if(std::string{row.name} != "dash appends") {
-            EXPECT_EQ(pointer.get(document), &created);
-        }
+        EXPECT_EQ(pointer.get(document), &created);
         EXPECT_EQ(writeJson(document), row.afterCreate);
 
         rapidjson::Document erased = parse(row.before);
@@ -90,21 +71,6 @@ TEST(JsonPointerTest, GetCreateErase) {
     const JsonPointer root{""};
     EXPECT_EQ(root.get(document), &document);
     EXPECT_FALSE(root.erase(document));
-}
-
-TEST(JsonPointerTest, FindMemberAndTokens) {
-    rapidjson::Document document = parse(R"({"ab":1,"a":2})");
-    /* Length takes part: "a" is not a prefix match of "ab" */
-    ASSERT_TRUE(findMember(document, "a"));
-    EXPECT_EQ(findMember(document, "a")->GetInt(), 2);
-    EXPECT_FALSE(findMember(document, "abc"));
-    EXPECT_FALSE(findMember(document, ""));
-
-    std::string path = "/objects";
-    appendPointerToken(path, "a/b~c");
-    EXPECT_EQ(path, "/objects/a~1b~0c");
-    const JsonPointer pointer{{path.data(), path.size()}};
-    EXPECT_EQ(std::string(pointer.token(1).name.data(), pointer.token(1).name.size()), "a/b~c");
 }
 
 }

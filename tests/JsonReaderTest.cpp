@@ -14,12 +14,7 @@ namespace {
 const std::string Zeros400(400, '0');
 
 TEST(JsonReaderTest, Refusals) {
-    const struct {
-        const char* name;
-        std::string text;
-        std::size_t offset, line, column;
-        const char* reason;
-    } data[]{
+    const struct { const char* name; std::string text; std::size_t offset, line, column; const char* reason; } data[]{
         {"unclosed", "{\"a\":1", 6, 1, 7, "Missing a comma or '}' after an object member."},
         {"trailing garbage", "{}\n\n  x", 6, 3, 3, "The document root must not be followed by other values."},
         {"NUL inside", std::string{"{}\0{}", 5}, 2, 1, 3, "unexpected NUL byte"},
@@ -52,11 +47,7 @@ TEST(JsonReaderTest, Refusals) {
 }
 
 TEST(JsonReaderTest, NumbersReadExactly) {
-    const struct {
-        const char* name;
-        std::string text;
-        const char* printed;
-    } data[]{
+    const struct { const char* name; std::string text; const char* printed; } data[]{
         {"zeros that crashed or read as garbage", "[0." + Zeros400 + ",0.000000000000000000000000000000,0e53,0e100,-0.000000000000000200000000000002e-324]",
             "[0.0,0.0,0.0,0.0,-0.0]"},
         /* The reader's scan refuses these, so they take a second parse;

@@ -29,10 +29,7 @@ TEST(MemberIndexTest, AnswersAsAScanThroughEveryEdit) {
     auto has = [&](const std::string& text) { return memberPosition(map, {text.data(), text.size()}) != map.MemberCount(); };
     /* Members taken out, for putting back where they stood, newest first as
        an undo does */
-    struct Taken {
-        rapidjson::SizeType position;
-        rapidjson::Value name, value;
-    };
+    struct Taken { rapidjson::SizeType position; rapidjson::Value name, value; };
     std::vector<Taken> taken;
     auto take = [&](rapidjson::SizeType position) {
         taken.emplace_back();

@@ -6,11 +6,8 @@
 #include <cstdlib>
 #include <cctype>
 #include <cstring>
-#include <fstream>
 #include <regex>
-#include <sstream>
 #include <string>
-#include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
 #include <sys/wait.h>
@@ -20,18 +17,11 @@
 
 #include "QuelmarEngine/JsonReader.h"
 #include "QuelmarEngine/JsonWriter.h"
+#include "TestFiles.h"
+
+using namespace QuelmarTest;
 
 namespace {
-
-std::string readText(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream{path, std::ios::binary}.rdbuf();
-    return text.str();
-}
-
-void writeText(const std::string& path, const std::string& text) {
-    std::ofstream{path, std::ios::binary} << text;
-}
 
 std::string shellQuoted(const std::string& text) {
     return "'" + std::regex_replace(text, std::regex{"'"}, "'\\''") + "'";
@@ -57,17 +47,10 @@ class QuelmarProgramTest: public testing::Test {
                 ASSERT_TRUE(std::getenv(name) && *std::getenv(name)) << name << " is not set; run the test through ctest";
                 *value = std::getenv(name);
             }
-            char pattern[] = "/tmp/quelmar-test-XXXXXX";
-            ASSERT_TRUE(::mkdtemp(pattern));
-            dir = pattern;
             ASSERT_EQ(std::system(("cp -r " + shellQuoted(source + "/examples") + "/* " + shellQuoted(dir)).data()), 0);
         }
 
-        void TearDown() override {
-            if(!dir.empty()) std::system(("rm -rf " + shellQuoted(dir)).data());
-        }
-
-        std::string path(const std::string& name) const { return dir + "/" + name; }
+        std::string path(const std::string& name) const { return folder/name; }
 
         Outcome outcome(const int status) const {
             return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readText(path(".stdout")), readText(path(".stderr"))};
@@ -80,48 +63,26 @@ class QuelmarProgramTest: public testing::Test {
                 " <.stdin >.stdout 2>.stderr").data()));
         }
 
-        /* Runs the program on scene.json with a terminal as its standard input */
-        Outcome runInTerminal(const std::string& input) const {
-            const int master = ::posix_openpt(O_RDWR|O_NOCTTY);
-            if(master < 0 || ::grantpt(master) != 0 || ::unlockpt(master) != 0) return {-1, {}, "no terminal"};
-            const std::string terminal = ::ptsname(master);
-            const std::string command = "exec " + shellQuoted(binary) + " scene.json >.stdout 2>.stderr";
-            const pid_t child = ::fork();
-            if(child == 0) {
-                ::setsid();
-                const int slave = ::open(terminal.data(), O_RDWR);
-                if(slave < 0 || ::dup2(slave, 0) < 0 || ::chdir(dir.data()) != 0) ::_exit(127);
-                ::close(master);
-                ::execl("/bin/sh", "sh", "-c", command.data(), static_cast<char*>(nullptr));
-                ::_exit(127);
-            }
-            /* Control-D ends the input; the echo is read away until the program is gone */
-            const std::string text = input + "\x04";
-            if(::write(master, text.data(), text.size()) != ssize_t(text.size())) return {-1, {}, "can't write to the terminal"};
-            char buffer[4096];
-            while(::read(master, buffer, sizeof(buffer)) > 0) {}
-            int status;
-            ::waitpid(child, &status, 0);
-            ::close(master);
-            return outcome(status);
-        }
-
-        /* Runs the program on scene.json with a terminal for all of its
-           input and output, and the environment @p env. Each of @p keys is
-           typed once the program waits at a prompt again; a number there is
-           a signal to send instead. Returns all that the terminal showed */
-        Outcome runAtTerminal(const std::vector<std::string>& keys, const std::vector<std::string>& env = {}) const {
+        /* Runs the program on scene.json at a terminal, with the environment
+           @p env. Each of @p keys is typed once the program waits at a prompt
+           again; a number there is a signal to send instead. Returns all
+           that the terminal showed. With @p toFiles the output goes to files,
+           which are returned, and the keys are typed at once, then Control-D */
+        Outcome runAtTerminal(const std::vector<std::string>& keys, const std::vector<std::string>& env = {}, const bool toFiles = false) const {
             int master;
             const pid_t child = ::forkpty(&master, nullptr, nullptr, nullptr);
             if(child == 0) {
                 ::setenv("XDG_STATE_HOME", path("state").data(), 1);
                 for(const std::string& variable: env) ::putenv(const_cast<char*>(variable.data()));
-                if(::chdir(dir.data()) == 0) ::execl(binary.data(), binary.data(), "scene.json", static_cast<char*>(nullptr));
+                if(::chdir(dir.data()) == 0 && (!toFiles || (std::freopen(".stdout", "w", stdout) && std::freopen(".stderr", "w", stderr))))
+                    ::execl(binary.data(), binary.data(), "scene.json", static_cast<char*>(nullptr));
                 ::_exit(127);
             }
             if(child < 0) return {-1, {}, "no terminal"};
             std::string shown;
             std::size_t typed = 0, prompts = 0;
+            if(toFiles) for(const std::string& key: keys) typed += std::size_t(::write(master, key.data(), key.size()) == ssize_t(key.size()));
+            if(toFiles && ::write(master, "\x04", 1) != 1) typed = 0;
             /* Only a guard against a hang, far beyond what any row takes */
             const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds{60};
             for(char buffer[4096]; std::chrono::steady_clock::now() < giveUp; ) {
@@ -148,10 +109,12 @@ class QuelmarProgramTest: public testing::Test {
             int status;
             ::waitpid(child, &status, 0);
             ::close(master);
-            return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, shown, {}};
+            return toFiles ? outcome(status) : Outcome{WIFEXITED(status) ? WEXITSTATUS(status) : -1, shown, {}};
         }
 
-        std::string binary, source, dir;
+        std::string binary, source;
+        TemporaryFolder folder;
+        const std::string& dir = folder.path;
 };
 
 TEST_F(QuelmarProgramTest, DemoScriptGivesTheRecordedOutput) {
@@ -182,7 +145,7 @@ TEST_F(QuelmarProgramTest, ExitStatusesAndEndsOfRuns) {
     writeText(path("script.quelmar"), "# comment\n\nadd A\nfrobnicate\nadd B\n");
     const std::string original = readText(path("scene.json"));
     /* The output is checked up to the length of the expected one */
-    const struct { const char* arguments; const char* input; int status; const char* out; std::string err; } runs[]{
+    const struct { const char* arguments; std::string input; int status; const char* out; std::string err; } runs[]{
         {"--help", "", 0, "usage: quelmar [PROJECT.json] [-c", ""},
         {"--version", "", 0, "quelmar ", ""},
         {"--frobnicate", "", 2, "", "error: unknown option --frobnicate; see quelmar --help\n"},
@@ -206,6 +169,7 @@ TEST_F(QuelmarProgramTest, ExitStatusesAndEndsOfRuns) {
         {"scene.json -s script.quelmar", "", 1, "K0001\n", "error: script.quelmar:4: unknown command frobnicate; \"help\" lists the commands\n"},
         {"scene.json", "select hero\nselection\nselect nobody\nadd A\n", 1, "hero \"Hero\"\n", "error: stdin:3: there is no object nobody\n"},
         {"scene.json -s -", "tree\nfrob\x1b[A\n", 1, "(root)\n", "error: stdin:2: unknown command frob\\x1b[A; \"help\" lists the commands\n"},
+        {"scene.json -s -", std::string{"tree\nselect hero\0x\n", 18}, 1, "(root)\n", "error: stdin:2: the input holds a NUL byte\n"},
         /* Semicolons inside quotes belong to the argument */
         {"scene.json -c 'set /objects/hero/name \"A;B\"; get /objects/hero/name; quit!'", "", 0, "\"A;B\"\n", ""},
         {"scene.json", "add Crate\n", 1, "K0001\n", "error: there are unsaved changes (1 step: add Crate); the journal .scene.json.journal keeps them for recover\n"},
@@ -304,30 +268,6 @@ TEST_F(QuelmarProgramTest, Commands) {
 
     /* The clipboard file holds one record a line; the paste of it above read it back */
     EXPECT_EQ(readText(path("hero.clip")).find("{\"objects\":{\n\"hero\": {"), 0u);
-}
-
-/* $_ lets one process build a hierarchy, each object under the one before */
-TEST_F(QuelmarProgramTest, ScriptBuildsAHierarchyInOneProcess) {
-    std::string script = "add Level0\n";
-    for(int i = 1; i != 1000; ++i) script += "add Level" + std::to_string(i) + " $_\n";
-    writeText(path("chain.quelmar"), script + "find Level999 --json\nquit!\n");
-
-    const auto start = std::chrono::steady_clock::now();
-    const Outcome result = run("-s chain.quelmar");
-    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
-    std::cout << "[ TIMING   ] 1,000 nested adds in one process: " << took.count() << " s" << std::endl;
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.err, "");
-    /* Far more than it takes even under the sanitizers, so only a hang fails */
-    EXPECT_LT(took.count(), 60.0);
-
-    rapidjson::Document found;
-    QuelmarEngine::JsonParseError error;
-    const std::string last = result.out.substr(result.out.rfind('\n', result.out.size() - 2) + 1);
-    ASSERT_TRUE(QuelmarEngine::parseJson(found, {last.data(), last.size()}, error)) << last;
-    const rapidjson::Value& path = found["objects"][0]["path"];
-    ASSERT_EQ(path.Size(), 1000u);
-    EXPECT_EQ(std::string{path[0].GetString()}, "Level0");
 }
 
 /* Every --json output is one JSON document on one line, and holds what the
@@ -455,7 +395,7 @@ TEST_F(QuelmarProgramTest, RefusalsChangeNothing) {
     /* The two changes and the selected hero */
     input += "history\nselection\nquit\nundo 2\nquit\n";
 
-    const Outcome session = runInTerminal(input);
+    const Outcome session = runAtTerminal({input}, {}, true);
     EXPECT_EQ(session.status, 0);
     ASSERT_EQ(session.err.substr(0, expectedErrors.size()), expectedErrors);
     EXPECT_EQ(session.err.substr(expectedErrors.size()), "error: there are unsaved changes (2 steps: delete spine, "
@@ -527,33 +467,6 @@ TEST_F(QuelmarProgramTest, SavesDiffOnlyWhereTheyChanged) {
             shellQuoted(path(".diff"))).data()) == 0, !*edit.diff);
         EXPECT_EQ(readText(path(".diff")), edit.diff);
         ASSERT_EQ(std::system(("cp " + shellQuoted(source + "/examples/scene.json") + " " + shellQuoted(dir)).data()), 0);
-    }
-}
-
-/* Whatever the input, the program ends with 0 or 1, never by a signal, and
-   every diagnostic line is one of its own */
-TEST_F(QuelmarProgramTest, HostileInputDoesNotAbort) {
-    writeText(path("odd.clip"), "{\"objects\":{\"b\":{\"parent\":7,\"skin\":[],\"components\":[3,{\"type\":\"mesh\",\"mesh\":2}]}},"
-        "\"skins\":{\"s\":{\"joints\":[1,null,\"b\"]}}}");
-    writeText(path("nul.clip"), std::string{"{\"objects\":{}}\0x", 16});
-    writeText(path("cycle.json"), "{\"objects\":{\"a\":{\"parent\":\"b\"},\"b\":{\"parent\":\"a\"},\"c\":{\"parent\":\"c\"}}}");
-    const std::string inputs[]{
-        "select hero\ndelete\nundo\nduplicate --trees\nreparent root --keep-transform\n",
-        "set /x " + std::string(300, '[') + std::string(300, ']') + "\n",
-        "set /skins/heroSkin/joints [1, {}, null]\nselect hero\ncopy --trees\npaste\nduplicate --trees\n",
-        "select camera\npaste odd.clip\npaste nul.clip\ntree\n",
-        std::string{"select hero\0\nadd \0x\n", 21},
-        "set /objects/hero {}\nremove /objects/hero\nundo\nredo\nundo 2\nredo 2\nremove /objects\ntree\nadd A\nundo\nundo\ntree\n",
-        "add A\nadd A\nadd A\nselect hero stage\nreparent camera --keep-transform\nduplicate\nduplicate --trees\ncopy\npaste --child\nundo 3\nredo 3\n",
-    };
-    for(const std::string& input: inputs) {
-        SCOPED_TRACE(input);
-        for(const char* project: {"scene.json", "cycle.json"}) {
-            const Outcome result = run(project, input + "tree\nhistory\nquit!\n");
-            EXPECT_TRUE(result.status == 0 || result.status == 1) << result.status << result.err;
-            EXPECT_FALSE(std::regex_search(result.err, std::regex{"(^|\n)(?!error: |warning: |$)"})) << result.err;
-            std::remove(path("." + std::string{project} + ".journal").data());
-        }
     }
 }
 

@@ -37,15 +37,17 @@ using SelectionDeathTest = SelectionTest;
 
 }
 
-TEST_F(SelectionTest, SelectAndListInTreeOrder) {
-    /* Bits set in the end, the root's included */
-    const struct { const char* name; std::initializer_list<const char*> selected; const char* keys; const char* withTrees; std::size_t bits; } rows[]{
-        {"nothing", {}, "", "", 0},
-        {"unknown key selects the root", {"zz"}, "", "", 1},
-        {"null key selects the root", {nullptr, "e"}, "e", "e f", 2},
-        {"a subtree", {"a"}, "a", "a b c d", 1},
-        {"tree order, not selection or index order", {"f", "d", "b"}, "b d f", "b c d f", 3},
-        {"a child of a selected object listed where it stands", {"c", "a"}, "a c", "a b c d", 2},
+TEST_F(SelectionTest, SelectListAndAttachPoint) {
+    ASSERT_LT(index("f"), index("a"));
+    /* Bits set in the end, the root's included; the attach point is the object of the lowest selected index */
+    const struct { const char* name; std::initializer_list<const char*> selected; const char* keys; const char* withTrees; std::size_t bits; const char* attach; } rows[]{
+        {"nothing", {}, "", "", 0, "-<-"},
+        {"unknown key selects the root", {"zz"}, "", "", 1, "-<-"},
+        {"null key selects the root, which attaches at the root", {nullptr, "e"}, "e", "e f", 2, "-<-"},
+        {"a subtree", {"a"}, "a", "a b c d", 1, "a<-"},
+        {"tree order, not selection or index order; lowest index, not first in the tree", {"f", "d", "b"}, "b d f", "b c d f", 3, "f<e"},
+        {"a child of a selected object listed where it stands", {"c", "a"}, "a c", "a b c d", 2, "a<-"},
+        {"object under another", {"c"}, "c", "c", 1, "c<b"},
     };
     for(const auto& row: rows) {
         SCOPED_TRACE(row.name);
@@ -58,22 +60,7 @@ TEST_F(SelectionTest, SelectAndListInTreeOrder) {
         for(const std::uint32_t word: editor.data.selectionWords())
             for(std::uint32_t w = word; w; w &= w - 1) ++bits;
         EXPECT_EQ(bits, row.bits);
-    }
-}
-
-TEST_F(SelectionTest, AttachPointIsTheLowestSelectedIndex) {
-    ASSERT_LT(index("f"), index("a"));
-    const struct { const char* name; std::initializer_list<const char*> selected; const char* expected; } rows[]{
-        {"object under the root", {"a"}, "a<-"},
-        {"object under another", {"c"}, "c<b"},
-        {"lowest index, not first in the tree", {"a", "f"}, "f<e"},
-        {"root and another", {"zz", "c"}, "-<-"},
-        {"nothing", {}, "-<-"},
-    };
-    for(const auto& row: rows) {
-        SCOPED_TRACE(row.name);
-        selectObjects(editor, row.selected);
-        EXPECT_EQ(attachPoint(), row.expected);
+        EXPECT_EQ(attachPoint(), row.attach);
     }
     /* With the root selected the scene isn't reached at all */
     selectObjects(editor, {"zz", "a"});

@@ -1,3 +1,4 @@
+#include <string>
 #include <gtest/gtest.h>
 
 #include <Corrade/Containers/Array.h>
@@ -33,6 +34,13 @@ void countingDeleter(int* data, std::size_t size) {
     delete[] data;
 }
 
+/* Capacity, moves and copies so far, live items and the values */
+std::string state(Array<Counted>& a) {
+    std::string out = std::to_string(arrayCapacity(a)) + " moved " + std::to_string(Counted::moved) + " copied " + std::to_string(Counted::copied) + " alive " + std::to_string(alive()) + ":";
+    for(const Counted& item: a) out += " " + std::to_string(item.value);
+    return out;
+}
+
 struct ArrayTest: ::testing::Test {
     void SetUp() override { Counted::constructed = Counted::destroyed = Counted::copied = Counted::moved = deleterCalls = 0; }
     void TearDown() override { EXPECT_EQ(alive(), 0); }
@@ -64,33 +72,21 @@ TEST_F(ArrayTest, ResizeExactlyToSize) {
     a[0].value = 10; a[1].value = 11;
     arrayResize(a, 3);
     EXPECT_EQ(a.deleter(), Containers::ArrayNewAllocator<Counted>::deleter);
-    EXPECT_EQ(arrayCapacity(a), 3u);
-    EXPECT_EQ(Counted::moved, 2);
-    EXPECT_EQ(alive(), 3);
-    EXPECT_EQ(a[1].value, 11);
-    EXPECT_EQ(a[2].value, 0);
+    EXPECT_EQ(state(a), "3 moved 2 copied 0 alive 3: 10 11 0");
 
     /* Growing past the capacity reallocates to exactly the size, moving */
     arrayResize(a, 5);
-    EXPECT_EQ(arrayCapacity(a), 5u);
-    EXPECT_EQ(Counted::moved, 5);
-    EXPECT_EQ(Counted::copied, 0);
-    EXPECT_EQ(alive(), 5);
-    EXPECT_EQ(a[1].value, 11);
+    EXPECT_EQ(state(a), "5 moved 5 copied 0 alive 5: 10 11 0 0 0");
 
     /* Shrinking destroys the items past the size and keeps the capacity;
        growing within it value-initialises in place */
     a[3].value = 13;
     const Counted* const data = a.data();
     arrayResize(a, 1);
-    EXPECT_EQ(alive(), 1);
+    EXPECT_EQ(state(a), "5 moved 5 copied 0 alive 1: 10");
     arrayResize(a, 4);
     EXPECT_EQ(a.data(), data);
-    EXPECT_EQ(arrayCapacity(a), 5u);
-    EXPECT_EQ(Counted::moved, 5);
-    EXPECT_EQ(alive(), 4);
-    EXPECT_EQ(a[0].value, 10);
-    EXPECT_EQ(a[3].value, 0);
+    EXPECT_EQ(state(a), "5 moved 5 copied 0 alive 4: 10 0 0 0");
 }
 
 TEST_F(ArrayTest, AppendGrowsGeometrically) {

@@ -15,30 +15,15 @@ using namespace Magnum;
 
 const Matrix4 Identity4;
 /* Not symmetric, with a projective last row */
-const Matrix4 General{{2.0f, 1.0f, 0.0f, 3.0f},
-                      {1.0f, 3.0f, 2.0f, 0.0f},
-                      {0.0f, 1.0f, 4.0f, 1.0f},
-                      {5.0f, 0.0f, 1.0f, 2.0f}};
+const Matrix4 General{{2.0f, 1.0f, 0.0f, 3.0f}, {1.0f, 3.0f, 2.0f, 0.0f}, {0.0f, 1.0f, 4.0f, 1.0f}, {5.0f, 0.0f, 1.0f, 2.0f}};
 
-TEST(MatrixTest, Product) {
-    const Matrix4 a{{1.0f, 2.0f, 0.0f, 0.0f},
-                    {0.0f, 1.0f, 3.0f, 0.0f},
-                    {4.0f, 0.0f, 1.0f, 0.0f},
-                    {1.0f, 2.0f, 3.0f, 1.0f}};
-    const Matrix4 b{{2.0f, 0.0f, 1.0f, 0.0f},
-                    {1.0f, 1.0f, 0.0f, 0.0f},
-                    {0.0f, 3.0f, 1.0f, 1.0f},
-                    {0.0f, 0.0f, 0.0f, 1.0f}};
-    EXPECT_EQ(a*b, (Matrix4{{6.0f, 4.0f, 1.0f, 0.0f},
-                            {1.0f, 3.0f, 3.0f, 0.0f},
-                            {5.0f, 5.0f, 13.0f, 1.0f},
-                            {1.0f, 2.0f, 3.0f, 1.0f}}));
+TEST(MatrixTest, ProductAndInverse) {
+    const Matrix4 a{{1.0f, 2.0f, 0.0f, 0.0f}, {0.0f, 1.0f, 3.0f, 0.0f}, {4.0f, 0.0f, 1.0f, 0.0f}, {1.0f, 2.0f, 3.0f, 1.0f}};
+    const Matrix4 b{{2.0f, 0.0f, 1.0f, 0.0f}, {1.0f, 1.0f, 0.0f, 0.0f}, {0.0f, 3.0f, 1.0f, 1.0f}, {0.0f, 0.0f, 0.0f, 1.0f}};
+    EXPECT_EQ(a*b, (Matrix4{{6.0f, 4.0f, 1.0f, 0.0f}, {1.0f, 3.0f, 3.0f, 0.0f}, {5.0f, 5.0f, 13.0f, 1.0f}, {1.0f, 2.0f, 3.0f, 1.0f}}));
     EXPECT_EQ(a*Vector4(1.0f, 2.0f, 3.0f, 4.0f), (Vector4{17.0f, 12.0f, 21.0f, 4.0f}));
-}
 
-TEST(MatrixTest, Inverted) {
     EXPECT_EQ(General.inverted()*General, Identity4);
-
     /* Rotation + translation + non-uniform scaling */
     const Matrix4 trs = Matrix4::translation({3.0f, -1.0f, 2.0f})*
         Matrix4::from(Quaternion::rotation(Deg(30.0f), Vector3{0.0f, 0.6f, 0.8f}).toMatrix(), {})*
@@ -58,11 +43,7 @@ TEST(QuaternionTest, RotationToMatrix) {
 TEST(QuaternionTest, FromMatrixRoundTrip) {
     const Float s2 = std::sqrt(0.5f);
     const Float s3 = std::sqrt(1.0f/3.0f);
-    const struct {
-        const char* name;
-        Float degrees;
-        Vector3 axis;
-    } data[]{
+    const struct { const char* name; Float degrees; Vector3 axis; } data[]{
         {"identity", 0.0f, {1.0f, 0.0f, 0.0f}},
         {"90 about x", 90.0f, {1.0f, 0.0f, 0.0f}},
         {"-90 about z", -90.0f, {0.0f, 0.0f, 1.0f}},

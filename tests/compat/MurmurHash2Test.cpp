@@ -8,10 +8,7 @@ using namespace Corrade;
 
 TEST(MurmurHash2Test, Vectors) {
     /* MurmurHash64A with seed 0, produced with the reference implementation */
-    const struct {
-        const char* key;
-        unsigned long long hash;
-    } vectors[]{
+    const struct { const char* key; unsigned long long hash; } vectors[]{
         {"", 0x0000000000000000ull},
         {"a", 0x071717d2d36b6b11ull},
         {"ab", 0x62be85b2fe53d1f8ull},

@@ -15,11 +15,7 @@ TEST(StringTest, ViewFlagsStayOutOfSizeAndEquality) {
     EXPECT_EQ(literal.size(), 5u);
     EXPECT_EQ(flagged.size(), 5u);
 
-    struct {
-        const char* name;
-        StringView a, b;
-        bool equal;
-    } cases[]{
+    struct { const char* name; StringView a, b; bool equal; } cases[]{
         {"flags differ", literal, flagged, true},
         {"same bytes elsewhere", {"hello", 5}, flagged, true},
         {"empty", {}, {text, 0}, true},

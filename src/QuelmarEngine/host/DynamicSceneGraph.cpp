@@ -123,7 +123,33 @@ template<class T> const StringArrayView& DynamicSceneGraph<T>::objectKeys() cons
 
 template<class T> Containers::ArrayView<const Magnum::Math::Matrix4<Magnum::Float>> DynamicSceneGraph<T>::localTransformations() const {
     _refresh();
+    placeLocalTransformations();
     return _localTransformations;
+}
+
+template<class T> void DynamicSceneGraph<T>::placeLocalTransformations() const {
+    const std::size_t end = std::min(_movedEnd, _localTransformations.size());
+    for(std::size_t p = _movedBegin; p < end; ++p) _localTransformations[p] = _localByIndex[_positionToIndex[p]];
+    _movedBegin = _movedEnd = 0;
+}
+
+template<class T> void DynamicSceneGraph<T>::setLocalTransformation(const std::size_t index, const Matrix4& transformation) {
+    _localByIndex[index] = transformation;
+    /* A position not yet laid out again may be another object's; marking
+       it too costs nothing wrong */
+    const std::size_t position = _indexToPosition[index];
+    if(position && position < _hierarchy.size()) markLocalTransformationsMoved(position, position + 1);
+}
+
+template<class T> void DynamicSceneGraph<T>::markLocalTransformationsMoved(const std::size_t begin, const std::size_t end) {
+    if(begin >= end) return;
+    if(_movedBegin == _movedEnd) {
+        _movedBegin = begin;
+        _movedEnd = end;
+    } else {
+        _movedBegin = std::min(_movedBegin, begin);
+        _movedEnd = std::max(_movedEnd, end);
+    }
 }
 
 template<class T> Containers::ArrayView<const Magnum::Math::DualQuaternion<Magnum::Float>> DynamicSceneGraph<T>::absoluteTransformations() const {
@@ -144,6 +170,9 @@ template<class T> void DynamicSceneGraph<T>::setup(Containers::Array<Hierarchy>&
     _indexToPosition = std::move(indexToPosition);
     _objectKeys = KeyTable{objectKeys};
     _localTransformations = std::move(localTransformations);
+    _movedBegin = _movedEnd = 0;
+    _localByIndex = Containers::Array<Matrix4>{ValueInit, _indexToPosition.size()};
+    for(std::size_t p = 0; p != _positionToIndex.size(); ++p) _localByIndex[_positionToIndex[p]] = _localTransformations[p];
     _absoluteTransformations = Containers::Array<Magnum::Math::DualQuaternion<Magnum::Float>>{ValueInit, _hierarchy.size()};
     _absoluteScalings = Containers::Array<Magnum::Math::Vector3<Magnum::Float>>{ValueInit, _hierarchy.size()};
     for(auto& scaling: _absoluteScalings) scaling = Vector3{1.0f, 1.0f, 1.0f};
@@ -160,11 +189,13 @@ template<class T> void DynamicSceneGraph<T>::resize(const std::size_t positionCo
     resizeGrowing(_absoluteScalings, positionCount);
     for(std::size_t p = before; p < positionCount; ++p) _absoluteScalings[p] = Vector3{1.0f, 1.0f, 1.0f};
     resizeGrowing(_indexToPosition, indexCount);
+    resizeGrowing(_localByIndex, indexCount);
     _objectKeys.resize(indexCount);
 }
 
 template<class T> void DynamicSceneGraph<T>::computeAbsoluteTransformations() {
     _refresh();
+    placeLocalTransformations();
     const std::size_t count = _hierarchy.size();
     if(!count) return;
 

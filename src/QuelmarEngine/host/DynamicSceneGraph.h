@@ -24,6 +24,10 @@ Positions are depth-first pre-order: the root is at position 0 and an object
 at position p with d descendants has them, and only them, at positions p + 1
 to p + d. Every read first calls the refresh hook, through which the host
 rebuilds a graph that no longer matches the document.
+
+Local transformations are kept by object index; the copy in position order
+follows when it is read (or the world placement computed), so that objects
+moving to other positions cost no copies of their matrices in between.
 */
 template<class T> class DynamicSceneGraph {
     public:
@@ -111,7 +115,15 @@ template<class T> class DynamicSceneGraph {
         Containers::ArrayView<Hierarchy> storedHierarchy() { return _hierarchy; }
         Containers::ArrayView<T> storedPositionToIndex() { return _positionToIndex; }
         Containers::ArrayView<T> storedIndexToPosition() { return _indexToPosition; }
-        Containers::ArrayView<Magnum::Math::Matrix4<Magnum::Float>> storedLocalTransformations() { return _localTransformations; }
+
+        /** Local transformation of object index @p index */
+        const Magnum::Math::Matrix4<Magnum::Float>& storedLocalTransformation(std::size_t index) const { return _localByIndex[index]; }
+
+        /** Replaces the local transformation of object index @p index, which has to exist */
+        void setLocalTransformation(std::size_t index, const Magnum::Math::Matrix4<Magnum::Float>& transformation);
+
+        /** Positions from @p begin up to @p end got other objects, whose local transformations they take at the next read */
+        void markLocalTransformationsMoved(std::size_t begin, std::size_t end);
 
         /** Key of object index @p index */
         const char* storedObjectKey(std::size_t index) const { return _objectKeys.get(index); }
@@ -122,13 +134,19 @@ template<class T> class DynamicSceneGraph {
         /*@}*/
 
     private:
+        /* The positions marked since the last read take their objects'
+           local transformations */
+        void placeLocalTransformations() const;
+
         RefreshHook _refresh;
         Containers::Pointer<Header> _header;
         Containers::Array<Hierarchy> _hierarchy;
         Containers::Array<T> _positionToIndex;
         Containers::Array<T> _indexToPosition;
         KeyTable _objectKeys;
-        Containers::Array<Magnum::Math::Matrix4<Magnum::Float>> _localTransformations;
+        Containers::Array<Magnum::Math::Matrix4<Magnum::Float>> _localByIndex;
+        mutable Containers::Array<Magnum::Math::Matrix4<Magnum::Float>> _localTransformations;
+        mutable std::size_t _movedBegin{}, _movedEnd{};
         Containers::Array<Magnum::Math::DualQuaternion<Magnum::Float>> _absoluteTransformations;
         Containers::Array<Magnum::Math::Vector3<Magnum::Float>> _absoluteScalings;
 };

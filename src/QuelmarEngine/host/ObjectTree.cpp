@@ -20,7 +20,6 @@ void ObjectTree::resize(const std::size_t size) {
     _deleted.resize(size, 0);
     _broken.resize(size, 0);
     _malformed.resize(size, 0);
-    _local.resize(size);
     _mark.resize(size, 0);
 }
 
@@ -36,7 +35,6 @@ void ObjectTree::reserve(const std::size_t size) {
     _deleted.reserve(size);
     _broken.reserve(size);
     _malformed.reserve(size);
-    _local.reserve(size);
     _mark.reserve(size);
 }
 
@@ -53,7 +51,6 @@ void ObjectTree::clear() {
     _deleted.clear();
     _broken.clear();
     _malformed.clear();
-    _local.clear();
     _mark.clear();
     _brokenList.clear();
     _stamp = 0;
@@ -68,7 +65,6 @@ void ObjectTree::free(const unsigned short i) {
     /* A stale entry of the broken list is skipped, as the flag is clear */
     _broken[i] = 0;
     _malformed[i] = 0;
-    _local[i] = Matrix4{};
 }
 
 bool ObjectTree::setDeleted(const unsigned short i, const bool deleted) {
@@ -79,11 +75,6 @@ bool ObjectTree::setDeleted(const unsigned short i, const bool deleted) {
     }
     _deleted[i] = deleted;
     return true;
-}
-
-void ObjectTree::setLocalTransformation(const unsigned short i, const Matrix4& matrix, const bool malformed) {
-    _local[i] = matrix;
-    _malformed[i] = malformed;
 }
 
 void ObjectTree::attach(const unsigned short i, const unsigned short parent) {
@@ -110,6 +101,12 @@ void ObjectTree::detach(const unsigned short i) {
     else _lastChild[parent] = _previous[i];
     _previous[i] = _next[i] = _parent[i] = None;
     if(!_deleted[i]) --_liveChildren[parent];
+}
+
+bool ObjectTree::isLive(unsigned short i) const {
+    for(; i != 0; i = _parent[i])
+        if(i == None || _deleted[i]) return false;
+    return true;
 }
 
 std::vector<unsigned short> ObjectTree::children(const unsigned short i) const {

@@ -74,10 +74,12 @@ class ObjectTree {
         /** The broken objects, and maybe some that no longer are */
         const std::vector<unsigned short>& brokenObjects() const { return _brokenList; }
 
-        const Matrix4& localTransformation(unsigned short i) const { return _local[i]; }
         /** Whether the object's "transformation" was unusable and the identity stands in */
         bool hasMalformedTransformation(unsigned short i) const { return _malformed[i]; }
-        void setLocalTransformation(unsigned short i, const Matrix4& matrix, bool malformed);
+        void setMalformedTransformation(unsigned short i, bool malformed) { _malformed[i] = malformed; }
+
+        /** Whether @p i is attached under the root with no flagged deleted object on the way, itself included */
+        bool isLive(unsigned short i) const;
 
         /** Number of children that are not flagged deleted */
         unsigned short liveChildCount(unsigned short i) const { return _liveChildren[i]; }
@@ -125,7 +127,6 @@ class ObjectTree {
         std::vector<unsigned short> _firstChild, _lastChild, _previous, _next;
         std::vector<unsigned short> _liveChildren;
         std::vector<char> _deleted, _broken, _malformed;
-        std::vector<Matrix4> _local;
         std::vector<unsigned short> _brokenList;
         std::vector<std::uint32_t> _mark;
         std::uint32_t _stamp{};

@@ -11,7 +11,6 @@
 #include "QuelmarEngine/ChangeManager.h"
 #include "QuelmarEngine/JsonPointer.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
-#include "QuelmarEngine/host/SceneLayout.h"
 
 namespace QuelmarEngine {
 
@@ -186,7 +185,8 @@ void SceneKeeper::readRecord(const unsigned short i, const rapidjson::Value& rec
     if(what & Note::Transformation) {
         Matrix4 matrix;
         const bool usable = localTransformation(record, matrix);
-        _tree.setLocalTransformation(i, matrix, !usable);
+        _tree.setMalformedTransformation(i, !usable);
+        _editor.scene->sceneGraph->setLocalTransformation(i, matrix);
         _transformed.push_back(i);
     }
     if(what & Note::Parent) {
@@ -249,15 +249,24 @@ void SceneKeeper::markChanged(const unsigned short i) {
     if(_changed[i]) return;
     _changed[i] = 1;
     _touched.push_back(i);
-    /* Where it was is where the layout first differs, at the latest */
-    if(wasLaidOut(i)) _from = std::min<std::size_t>(_from, _editor.scene->sceneGraph->storedIndexToPosition()[i]);
+    /* Where it was is where the layout first differs, at the latest, and
+       its old subtree where the old layout may still differ */
+    if(!wasLaidOut(i)) return;
+    Data::DynamicSceneGraph<unsigned short>& graph = *_editor.scene->sceneGraph;
+    const std::size_t position = graph.storedIndexToPosition()[i];
+    _from = std::min(_from, position);
+    _lastOldPosition = std::max<std::size_t>(_lastOldPosition, position + graph.storedHierarchy()[position].descendants);
 }
 
-void SceneKeeper::layOut(const std::size_t from) {
+void SceneKeeper::layOut(const std::size_t from, const bool changesOnly) {
     Data::DynamicSceneGraph<unsigned short>& graph = *_editor.scene->sceneGraph;
-    const std::size_t first = layOutPositions(_tree, graph, from, _live);
+    TreeChanges changes{_changed.data(), _lastOldPosition, 0};
+    if(changesOnly) for(const unsigned short i: _touched)
+        changes.liveCount += _used[i] && _tree.isLive(i);
+    const SceneLayout::Range laidOut = _layout.layOut(_tree, graph, from, _live, changesOnly ? &changes : nullptr);
+    /* The other positions kept their objects and were warned about */
     const Containers::ArrayView<const unsigned short> positionToIndex = graph.storedPositionToIndex();
-    for(std::size_t p = first; p < graph.storedPositionCount(); ++p)
+    for(std::size_t p = laidOut.begin; p != laidOut.end; ++p)
         if(_tree.hasMalformedTransformation(positionToIndex[p]))
             warnOnce(std::string{"Object "} + graph.storedObjectKey(positionToIndex[p]) + " has a transformation that is not 16 numbers, using the identity");
     ++_changeCount;

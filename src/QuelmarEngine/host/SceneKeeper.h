@@ -17,6 +17,7 @@
 #include <rapidjson/document.h>
 
 #include "QuelmarEngine/host/ObjectTree.h"
+#include "QuelmarEngine/host/SceneLayout.h"
 
 namespace QuelmarEngine {
 
@@ -106,7 +107,7 @@ class SceneKeeper {
         void readRecords(const std::vector<Record>& records);
         void breakAllCycles(const std::vector<Record>& records);
         void orderChildren(const std::vector<Record>& records);
-        void layOut(std::size_t from);
+        void layOut(std::size_t from, bool changesOnly);
         void fillSelection(bool laidOut);
 
         /* Updating, in steps; false when only a rebuild can help */
@@ -172,9 +173,11 @@ class SceneKeeper {
         std::uint64_t _maskedAt{~std::uint64_t{}};
 
         /* This refresh: objects to attach again, the first position a
-           change shows at, what to lay out */
+           change shows at, the last position a changed object had, what to
+           lay out */
         std::vector<unsigned short> _moved, _touched, _transformed;
-        std::size_t _from{};
+        std::size_t _from{}, _lastOldPosition{};
+        SceneLayout _layout;
         /* Kept from one refresh to the next, so that a small change makes
            no allocations */
         std::vector<unsigned short> _indexed;

@@ -33,7 +33,7 @@ void SceneKeeper::rebuild() {
     readRecords(records);
     breakAllCycles(records);
     orderChildren(records);
-    layOut(1);
+    layOut(1, false);
     fillSelection(true);
 }
 

@@ -37,6 +37,7 @@ bool SceneKeeper::update() {
     _touched.clear();
     _transformed.clear();
     _from = ~std::size_t{};
+    _lastOldPosition = 0;
 
     std::vector<unsigned short>& indexed = _indexed;
     std::vector<Noted>& unindexed = _unindexed;
@@ -55,7 +56,7 @@ bool SceneKeeper::update() {
     settle();
 
     const bool laidOut = _from != ~std::size_t{};
-    if(laidOut) layOut(_from);
+    if(laidOut) layOut(_from, true);
     if(writeTransformations() && !laidOut) ++_changeCount;
     for(const unsigned short i: _touched) _changed[i] = 0;
     fillSelection(laidOut);
@@ -111,12 +112,12 @@ bool SceneKeeper::locateNoted(const rapidjson::Value* const objects, std::vector
     return true;
 }
 
-/* Local matrices of objects that kept their position; whether there were any */
+/* Whether objects that kept their position got other local matrices;
+   warns about those that are unusable */
 bool SceneKeeper::writeTransformations() {
-    Data::DynamicSceneGraph<unsigned short>& graph = *_editor.scene->sceneGraph;
+    const Data::DynamicSceneGraph<unsigned short>& graph = *_editor.scene->sceneGraph;
     bool written = false;
     for(const unsigned short i: _transformed) if(_used[i] && wasLaidOut(i)) {
-        graph.storedLocalTransformations()[graph.storedIndexToPosition()[i]] = _tree.localTransformation(i);
         if(_tree.hasMalformedTransformation(i))
             warnOnce(std::string{"Object "} + graph.storedObjectKey(i) + " has a transformation that is not 16 numbers, using the identity");
         written = true;
