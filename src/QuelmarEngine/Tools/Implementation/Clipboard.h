@@ -21,9 +21,10 @@ std::string clipboardText(QuelmarEditor& editor, const StringArrayView& objectKe
 
 Into @p out, which has to be fresh. Its records share what they hold with the
 project document instead of copying it, so @p out is only good until the
-project's records change. False, with @p out left unusable, when a record holds something that the
-text would change or refuse (a number JSON can't hold, nesting too deep for
-the reader): then only the text gives the same result.
+project's records change. False, with @p out left unusable, when a record
+holds something that the text would change or refuse (a number JSON can't
+hold, nesting too deep for the reader): then only the text gives the same
+result.
 */
 bool clipboardDocument(QuelmarEditor& editor, const StringArrayView& objectKeys, rapidjson::Document& out);
 
