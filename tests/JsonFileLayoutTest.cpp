@@ -1,5 +1,4 @@
-/* Project files laid out as they were written, and numbers kept as written */
-#include <cmath>
+/* Project files laid out as they were written, numbers too */
 #include <gtest/gtest.h>
 
 #include "QuelmarEngine/JsonReader.h"
@@ -36,6 +35,11 @@ TEST(JsonFileLayoutTest, FilesSaveAsTheyWereWritten) {
            an array of numbers over several, escaped names on the way */
         ("{\n  \"m\": {\"x\": 1, \"y\": [1, 2]},\n  \"l\": [\n    {\"t\": 1},\n    {\n      \"t\": 2\n    }\n  ],\n"
          "  \"n\": [\n    1,\n    2\n  ],\n  \"e\\n/~\": {\"k\": [3]}\n}\n"),
+        /* Numbers keep their kind and value as written; control characters
+           and quotes are escaped, the rest kept */
+        "[1, -3, 0, 18446744073709551615, -9223372036854775808]\n",
+        "[1.0, -3.0, -0.0, 0.1, 0.10000000149011612, -2.5e-08, 1e+300, 18014398509481988.0]\n",
+        "[\"\\u0001\\n\\\"\\\\/\xc3\xa9\"]",
     };
     for(const char* const text: texts) {
         SCOPED_TRACE(text);
@@ -54,24 +58,4 @@ TEST(JsonFileLayoutTest, NewValuesFollowTheDefaultRuleInTheFileStyle) {
     EXPECT_EQ(writeJsonFile(document, detectJsonFileLayout({text.data(), text.size()})),
         "{\n\t\"old\": {\"x\": 1, \"y\": 2},\n\t\"list\": [\n\t\t1,\n\t\t2\n\t],\n"
         "\t\"new\": {\n\t\t\"t\": [0, 1],\n\t\t\"c\": [\n\t\t\t{\n\t\t\t\t\"a\": 1\n\t\t\t}\n\t\t]\n\t}\n}");
-}
-
-TEST(JsonFileLayoutTest, NumbersKeepTheirKindAndValue) {
-    const char* const texts[]{
-        "[1, -3, 0, 18446744073709551615, -9223372036854775808]\n",
-        "[1.0, -3.0, -0.0, 0.1, 0.10000000149011612, -2.5e-08, 1e+300, 18014398509481988.0]\n",
-    };
-    for(const char* const text: texts) {
-        SCOPED_TRACE(text);
-        const std::string saved = resaved(text);
-        EXPECT_EQ(saved, text);
-        const rapidjson::Document before = parsed(text), after = parsed(saved);
-        for(rapidjson::SizeType i = 0; i != before.Size(); ++i) {
-            EXPECT_EQ(after[i].IsDouble(), before[i].IsDouble());
-            EXPECT_EQ(after[i].GetDouble(), before[i].GetDouble());
-            EXPECT_EQ(std::signbit(after[i].GetDouble()), std::signbit(before[i].GetDouble()));
-        }
-    }
-    /* Control characters and quotes are escaped, the rest kept */
-    EXPECT_EQ(resaved("[\"\\u0001\\n\\\"\\\\/\xc3\xa9\"]"), "[\"\\u0001\\n\\\"\\\\/\xc3\xa9\"]");
 }

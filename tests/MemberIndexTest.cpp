@@ -15,10 +15,8 @@ namespace {
    back, every answer is the one a scan gives */
 TEST(MemberIndexTest, AnswersAsAScanThroughEveryEdit) {
     rapidjson::Document document;
-    document.SetObject();
+    document.Parse(R"({"small":{},"objects":{}})");
     JsonAllocator& allocator = document.GetAllocator();
-    document.AddMember("small", rapidjson::Value{rapidjson::kObjectType}, allocator);
-    document.AddMember("objects", rapidjson::Value{rapidjson::kObjectType}, allocator);
     rapidjson::Value& map = document["objects"];
     MemberIndex index;
     index.bind(document);
@@ -31,11 +29,7 @@ TEST(MemberIndexTest, AnswersAsAScanThroughEveryEdit) {
        an undo does */
     struct Taken { rapidjson::SizeType position; rapidjson::Value name, value; };
     std::vector<Taken> taken;
-    auto take = [&](rapidjson::SizeType position) {
-        taken.emplace_back();
-        taken.back().position = position;
-        index.erase(map, position, taken.back().name, taken.back().value);
-    };
+    auto take = [&](rapidjson::SizeType position) { taken.push_back({position, {}, {}}); index.erase(map, position, taken.back().name, taken.back().value); };
 
     /* The second half edits through the index only, with fresh names, so that
        dead slots pile up */

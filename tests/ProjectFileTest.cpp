@@ -1,9 +1,6 @@
-#include <fstream>
 #include <random>
 #include <sstream>
 #include <string>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <gtest/gtest.h>
 #include <Corrade/Utility/Debug.h>
 
@@ -13,15 +10,11 @@
 #include "QuelmarEngine/JsonWriter.h"
 #include "QuelmarEngine/host/ProjectFile.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
+#include "TestFiles.h"
 
 using namespace QuelmarEngine;
 
 namespace {
-
-struct TemporaryFolder {
-    std::string path = [] { char name[] = "/tmp/ProjectFileTest.XXXXXX"; return std::string{mkdtemp(name)}; }();
-    ~TemporaryFolder() { std::system(("rm -rf " + path).data()); }
-};
 
 TEST(ProjectFileTest, LoadRefusalsKeepTheDocument) {
     std::string tooMany = "{\"objects\":{\"0\":{}";
@@ -42,13 +35,12 @@ TEST(ProjectFileTest, LoadRefusalsKeepTheDocument) {
     ProjectFile project;
     ASSERT_TRUE(project.loadFromString(R"({"objects":{"a":{"name":"A"}}})"));
     const std::string before = writeJson(*project.document);
+    std::ostringstream out;
+    Utility::Error redirect{&out};
     for(const auto& row: data) {
         SCOPED_TRACE(row.name);
-        std::ostringstream out;
-        {
-            Utility::Error redirect{&out};
-            EXPECT_FALSE(project.loadFromString({row.json.data(), row.json.size()}));
-        }
+        out.str("");
+        EXPECT_FALSE(project.loadFromString({row.json.data(), row.json.size()}));
         EXPECT_EQ(out.str(), row.message);
         EXPECT_EQ(writeJson(*project.document), before);
     }
@@ -176,11 +168,8 @@ TEST(ProjectFileTest, EditorWithStaticStorage) {
 
 TEST(ProjectFileTest, GenerateId) {
     ProjectFile project;
-    std::vector<std::string> keys;
-    for(int i = 0; i != 40; ++i) {
-        const Containers::String key = project.generateId();
-        keys.emplace_back(key.data(), key.size());
-    }
+    std::vector<std::string> keys(40);
+    for(std::string& key: keys) key = project.generateId().data();
     /* Distinct, sorting by creation, usable unescaped */
     for(std::size_t i = 1; i != keys.size(); ++i) EXPECT_LT(keys[i - 1], keys[i]);
     for(const std::string& key: keys)
@@ -197,14 +186,12 @@ TEST(ProjectFileTest, GenerateId) {
 /* What the writing and reading of files leaves unsaid: the layout of a
    project that came from no file, and the file name in front of a refusal */
 TEST(ProjectFileTest, SaveAndLoad) {
-    TemporaryFolder folder;
-    const std::string path = folder.path + "/project.json", blocked = folder.path + "/blocked";
+    QuelmarTest::TemporaryFolder folder;
+    const std::string path = folder/"project.json", blocked = folder/"blocked";
     ProjectFile project;
     ASSERT_TRUE(project.loadFromString(R"({"objects":{"a":{"name":"Ä","transformation":[1,0.1,2.5e-8,1e300]}},"skins":{}})"));
     ASSERT_TRUE(project.saveToFile({path.data(), path.size()}));
-    std::ostringstream saved;
-    saved << std::ifstream{path}.rdbuf();
-    EXPECT_EQ(saved.str(), "{\n  \"objects\": {\n    \"a\": {\n      \"name\": \"Ä\",\n"
+    EXPECT_EQ(QuelmarTest::readText(path), "{\n  \"objects\": {\n    \"a\": {\n      \"name\": \"Ä\",\n"
         "      \"transformation\": [1, 0.1, 2.5e-08, 1e+300]\n    }\n  },\n  \"skins\": {}\n}\n");
     ProjectFile loaded;
     ASSERT_TRUE(loaded.loadFromFile({path.data(), path.size()}));

@@ -47,8 +47,9 @@ struct ProjectToolsTest: testing::Test {
     }
 
     /* Cycles in some documents are warned about while the graph is built */
-    std::ostringstream warnings;
+    std::ostringstream warnings, out;
     Utility::Warning redirect{&warnings};
+    Utility::Debug redirectOutput{&out};
     QuelmarEditor editor;
     int generated = 0;
 };
@@ -85,90 +86,79 @@ TEST_F(ProjectToolsTest, IsObjectDeletedWalksUpTheParents) {
 }
 
 TEST_F(ProjectToolsTest, WhatEachEditPushes) {
-    /* What the edit returns, its records, its output, the tree after */
-    const struct { const char* name; std::function<std::string(QuelmarEditor&)> edit; const char* key; std::vector<std::string> records; const char* output; const char* tree; } rows[]{
+    /* The keys are copied, as an initializer list's items end with the row's expression */
+    const auto deleteSelected = [](std::initializer_list<const char*> keys) {
+        return [keys = std::vector<const char*>{keys}](QuelmarEditor& e) {
+            StringArray selected{keys.size()};
+            for(const char* key: keys) selected.add(key);
+            selectObjects(e, selected);
+            deleteSelectedObjects(e);
+            return std::string{};
+        };
+    };
+    const auto deleted = [](const char* key) { return "/objects/" + std::string{key} + "/deleted () -> true"; };
+    /* What the edit returns, its records, the undo steps they make, its output, the tree after */
+    const struct { const char* name; std::function<std::string(QuelmarEditor&)> edit; const char* key; std::vector<std::string> records; int steps; const char* output; const char* tree; } rows[]{
+        /* The commands but deleteSelectedObjects() open no group, so they can join the caller's */
         {"add under a parent: record, name, parent", [](QuelmarEditor& e) { return std::string{addObject(e, "New", "b").data()}; }, "n1",
-            {"/objects/n1 () -> {}", "/objects/n1/name () -> \"New\"", "/objects/n1/parent () -> \"b\""}, "", "a b<a c<b n1<b d<a e f<e g"},
+            {"/objects/n1 () -> {}", "/objects/n1/name () -> \"New\"", "/objects/n1/parent () -> \"b\""}, 3, "", "a b<a c<b n1<b d<a e f<e g"},
         {"add at the root: no parent", [](QuelmarEditor& e) { return std::string{addObject(e, "Top", "").data()}; }, "n1",
-            {"/objects/n1 () -> {}", "/objects/n1/name () -> \"Top\""}, "", "a b<a c<b d<a e f<e g n1"},
+            {"/objects/n1 () -> {}", "/objects/n1/name () -> \"Top\""}, 2, "", "a b<a c<b d<a e f<e g n1"},
         /* Only the object is flagged; its descendants leave the tree with it */
-        {"delete an object", [](QuelmarEditor& e) { deleteObject(e, "b"); return std::string{}; }, "", {"/objects/b/deleted () -> true"}, "", "a d<a e f<e g"},
+        {"delete an object", [](QuelmarEditor& e) { deleteObject(e, "b"); return std::string{}; }, "", {deleted("b")}, 1, "", "a d<a e f<e g"},
         {"duplicate an object verbatim", [](QuelmarEditor& e) { return std::string{duplicateResource(e, "objects", "c").data()}; }, "n1",
-            {R"(/objects/n1 () -> {"name":"C","parent":"b"})"}, "", "a b<a c<b n1<b d<a e f<e g"},
+            {R"(/objects/n1 () -> {"name":"C","parent":"b"})"}, 1, "", "a b<a c<b n1<b d<a e f<e g"},
         /* Its children are left with a dangling parent and show under the root */
-        {"remove an object", [](QuelmarEditor& e) { deleteResource(e, "objects", "b"); return std::string{}; }, "", {R"(/objects/b {"name":"B","parent":"a"} -> ())"}, "", "a d<a c e f<e g"},
+        {"remove an object", [](QuelmarEditor& e) { deleteResource(e, "objects", "b"); return std::string{}; }, "", {R"(/objects/b {"name":"B","parent":"a"} -> ())"}, 1, "", "a d<a c e f<e g"},
         {"reparent, to an object and to the root", [](QuelmarEditor& e) { reparentObject(e, "b", "e"); reparentObject(e, "f", nullptr); return std::string{}; }, "",
-            {"/objects/b/parent \"a\" -> \"e\"", "/objects/f/parent \"e\" -> null"}, "Reparenting object b to e\nReparenting object f to root\n", "a d<a e b<e c<b f g"},
+            {"/objects/b/parent \"a\" -> \"e\"", "/objects/f/parent \"e\" -> null"}, 2, "Reparenting object b to e\nReparenting object f to root\n", "a d<a e b<e c<b f g"},
+        /* Deleting the selection flags whole subtrees as one step */
+        {"delete a selected subtree: descendants last first, the object last", deleteSelected({"a"}), "", {deleted("d"), deleted("c"), deleted("b"), deleted("a")}, 1, "", "e f<e g"},
+        {"delete a selected parent and child: the child once, before its parent", deleteSelected({"c", "b"}), "", {deleted("c"), deleted("b")}, 1, "", "a d<a e f<e g"},
+        {"delete selected leaves in tree order", deleteSelected({"g", "c", "d"}), "", {deleted("c"), deleted("d"), deleted("g")}, 1, "", "a b<a e f<e"},
+        {"delete nothing selected", deleteSelected({}), "", {}, 0, "", TreeShape},
     };
     for(const auto& row: rows) {
         SCOPED_TRACE(row.name);
         load(Tree);
-        std::ostringstream out;
-        {
-            Utility::Debug redirectOutput{&out};
-            EXPECT_EQ(row.edit(editor), row.key);
-        }
+        /* A step already in the history, which no edit may join */
+        deleteObject(editor, "zz");
+        const std::string before = editor.data.project.toJson().data();
+        out.str("");
+        EXPECT_EQ(row.edit(editor), row.key);
+        EXPECT_FALSE(editor.changeManager->isGroupOpen());
         EXPECT_EQ(out.str(), row.output);
-        EXPECT_THAT(records(), testing::ElementsAreArray(row.records));
+        EXPECT_THAT(records(1), testing::ElementsAreArray(row.records));
         EXPECT_EQ(tree(), row.tree);
-        /* The commands open no group, so they can join the caller's */
-        for(std::size_t i = 0; i != row.records.size(); ++i) EXPECT_EQ(editor.changeManager->change(i).group, -1);
+        const std::string after = editor.data.project.toJson().data();
+        for(int i = 0; i != row.steps; ++i) editor.changeManager->undoLast();
+        EXPECT_EQ(editor.data.project.toJson().data(), before);
+        EXPECT_EQ(tree(), TreeShape);
+        EXPECT_EQ(editor.changeManager->lastChangeIndex(), 0);
+        for(int i = 0; i != row.steps; ++i) editor.changeManager->redoLastUndo();
+        EXPECT_EQ(editor.data.project.toJson().data(), after);
+        EXPECT_EQ(tree(), row.tree);
     }
 }
 
 TEST_F(ProjectToolsTest, AddObjectSuffixesTakenNames) {
-    std::vector<std::string> elevenTaken{"Cube"}, thousandAndOneTaken{"Cube"};
-    for(int i = 0; i != 1000; ++i) {
-        if(i < 10) elevenTaken.push_back(Utility::format("Cube.{:.3d}", i).data());
-        thousandAndOneTaken.push_back(Utility::format("Cube.{:.3d}", i).data());
-    }
-    const struct { const char* name; std::vector<std::string> taken; const char* expected; } rows[]{
-        {"free name", {"Sphere", "Cube.000"}, "Cube"},
-        {"name taken", {"Cube"}, "Cube.000"},
-        {"gap in the suffixes", {"Cube", "Cube.001"}, "Cube.000"},
-        {"suffix goes on the name, not the candidate", {"Cube", "Cube.000", "Cube.000.000"}, "Cube.001"},
-        {"eleventh retry", elevenTaken, "Cube.010"},
-        {"thousand-and-first retry", thousandAndOneTaken, "Cube.1000"},
+    /* Names taken, and how many of Cube.000, Cube.001... besides */
+    const struct { const char* name; std::vector<std::string> taken; int numbered; const char* expected; } rows[]{
+        {"free name", {"Sphere", "Cube.000"}, 0, "Cube"},
+        {"name taken", {"Cube"}, 0, "Cube.000"},
+        {"gap in the suffixes", {"Cube", "Cube.001"}, 0, "Cube.000"},
+        {"suffix goes on the name, not the candidate", {"Cube", "Cube.000", "Cube.000.000"}, 0, "Cube.001"},
+        {"eleventh retry", {"Cube"}, 10, "Cube.010"},
+        {"thousand-and-first retry", {"Cube"}, 1000, "Cube.1000"},
     };
     const auto nameOf = [this](const Containers::String& key) { return std::string{editor.data.project["objects"]->subValue(key.data())->subValue("name").asString()}; };
     for(const auto& row: rows) {
         SCOPED_TRACE(row.name);
+        std::vector<std::string> taken = row.taken;
+        for(int i = 0; i != row.numbered; ++i) taken.push_back(Utility::format("Cube.{:.3d}", i).data());
         std::string json = R"({"objects":{)";
-        for(std::size_t i = 0; i != row.taken.size(); ++i) json += Utility::format(R"({}"k{}":{{"name":"{}"}})", i ? "," : "", i, row.taken[i].data()).data();
+        for(std::size_t i = 0; i != taken.size(); ++i) json += Utility::format(R"({}"k{}":{{"name":"{}"}})", i ? "," : "", i, taken[i].data()).data();
         load(json + "}}");
         EXPECT_EQ(nameOf(addObject(editor, "Cube", "")), row.expected);
-    }
-}
-
-TEST_F(ProjectToolsTest, DeleteSelectedObjectsFlagsSubtreesInOneGroup) {
-    const struct { const char* name; std::initializer_list<const char*> selected; std::vector<std::string> flagged; const char* treeAfter; } rows[]{
-        {"a subtree: descendants last first, the object last", {"a"}, {"d", "c", "b", "a"}, "e f<e g"},
-        {"parent and child: the child once, before its parent", {"c", "b"}, {"c", "b"}, "a d<a e f<e g"},
-        {"leaves in tree order", {"g", "c", "d"}, {"c", "d", "g"}, "a b<a e f<e"},
-        {"nothing selected", {}, {}, TreeShape},
-    };
-    for(const auto& row: rows) {
-        SCOPED_TRACE(row.name);
-        load(Tree);
-        /* A step already in the history, which the command must not join */
-        deleteObject(editor, "zz");
-        const std::string before = editor.data.project.toJson().data();
-        selectObjects(editor, row.selected);
-        deleteSelectedObjects(editor);
-        EXPECT_FALSE(editor.changeManager->isGroupOpen());
-        std::vector<std::string> expected;
-        for(const std::string& key: row.flagged) expected.push_back("/objects/" + key + "/deleted () -> true");
-        EXPECT_THAT(records(1), testing::ElementsAreArray(expected));
-        EXPECT_EQ(tree(), row.treeAfter);
-        if(row.flagged.empty()) continue;
-        /* One undo takes the whole group back, the earlier step stays */
-        const std::string after = editor.data.project.toJson().data();
-        editor.changeManager->undoLast();
-        EXPECT_EQ(editor.data.project.toJson().data(), before);
-        EXPECT_EQ(tree(), TreeShape);
-        EXPECT_EQ(editor.changeManager->lastChangeIndex(), 0);
-        editor.changeManager->redoLastUndo();
-        EXPECT_EQ(editor.data.project.toJson().data(), after);
-        EXPECT_EQ(tree(), row.treeAfter);
     }
 }

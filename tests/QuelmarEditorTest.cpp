@@ -27,7 +27,9 @@ unsigned short indexOf(QuelmarEditor& editor, const char* key) {
     return editor.objectLookup->keyToIndex()[Containers::String{key}];
 }
 
-TEST(QuelmarEditorTest, GraphFollowsTheDocument) {
+/* The graph a whole rebuild makes; that changes show the same way
+   incrementally, the comparison with whole rebuilds checks */
+TEST(QuelmarEditorTest, GraphOfADocument) {
     QuelmarEditor editor;
     EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 1);
 
@@ -46,18 +48,6 @@ TEST(QuelmarEditorTest, GraphFollowsTheDocument) {
     const unsigned short d = indexOf(editor, "d");
     ASSERT_NE(d, 0);
     EXPECT_EQ(editor.scene->sceneGraph->indexToPosition()[d], 0);
-
-    /* Undeleting through the history brings the subtree back with the same
-       indices */
-    const unsigned short a = indexOf(editor, "a"), c = indexOf(editor, "c");
-    editor.changeManager->pushRemoval("/objects/b/deleted");
-    EXPECT_EQ(tree(editor), "a()4 c(a)1 g(c)0 b(a)1 d(b)0 e()0 f()0 ");
-    EXPECT_EQ(indexOf(editor, "a"), a);
-    EXPECT_EQ(indexOf(editor, "c"), c);
-    EXPECT_EQ(indexOf(editor, "d"), d);
-
-    editor.changeManager->undoLast();
-    EXPECT_EQ(tree(editor), "a()2 c(a)1 g(c)0 e()0 f()0 ");
 }
 
 /* Whether freeing an index also frees its selection bit, and unknown keys
@@ -116,32 +106,25 @@ TEST(QuelmarEditorTest, CyclesAreBroken) {
     EXPECT_EQ(out.str(), "Objects x, z, hanger, y are parents of each other, showing x under the root\n");
 }
 
-TEST(QuelmarEditorTest, OneRebuildPerBatch) {
+/* Changes outside "objects", and names, don't change the graph; a
+   transformation number changes one local matrix. One refresh per step of
+   many changes the paste tests check */
+TEST(QuelmarEditorTest, SmallChangesRefreshLittle) {
     QuelmarEditor editor;
+    ASSERT_TRUE(editor.loadFromString(R"({"objects":{"o7":{}}})"));
+    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 2);
     const std::size_t before = editor.rebuildCount();
-    editor.changeManager->beginGroup();
-    for(int i = 0; i != 5000; ++i)
-        editor.changeManager->pushChange(Utility::format("/objects/o{}", i).data(), rapidjson::Value{rapidjson::kObjectType}, false);
-    /* Nothing is rebuilt while the group is open */
-    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 1);
-    editor.changeManager->commit();
-    EXPECT_EQ(editor.rebuildCount(), before);
-    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 5001);
-    EXPECT_EQ(editor.rebuildCount(), before + 1);
-
-    /* Changes outside "objects", and names, don't change the graph; a
-       transformation number changes one local matrix */
     editor.changeManager->pushChange("/skins/s", rapidjson::Value{rapidjson::kObjectType}, false);
     editor.changeManager->pushChange("/objects/o7/name", "seven", false);
-    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 5001);
-    EXPECT_EQ(editor.rebuildCount(), before + 1);
+    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 2);
+    EXPECT_EQ(editor.rebuildCount(), before);
     rapidjson::Value matrix{rapidjson::kArrayType};
     for(int i = 0; i != 16; ++i) matrix.PushBack(i % 5 ? 0 : 1, editor.data.project.allocator());
     editor.changeManager->pushChange("/objects/o7/transformation", matrix, false);
     editor.changeManager->pushChange("/objects/o7/transformation/12", rapidjson::Value{3}, false);
     const auto& graph = *editor.scene->sceneGraph;
     EXPECT_EQ(graph.localTransformations()[graph.indexToPosition()[indexOf(editor, "o7")]], Magnum::Matrix4::translation({3.0f, 0.0f, 0.0f}));
-    EXPECT_EQ(editor.rebuildCount(), before + 2);
+    EXPECT_EQ(editor.rebuildCount(), before + 1);
 }
 
 TEST(QuelmarEditorTest, ObjectLimit) {
@@ -173,32 +156,19 @@ TEST(QuelmarEditorTest, ObjectLimit) {
     EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 65535);
 }
 
+/* A load starts afresh; what a refused text keeps, and that the scene
+   follows changes after a load, the edit session's tests check */
 TEST(QuelmarEditorTest, LoadResets) {
     QuelmarEditor editor;
     ASSERT_TRUE(editor.loadFromString(R"({"objects":{"a":{}}})"));
     editor.data.selectObject(indexOf(editor, "a"), true);
     editor.changeManager->pushChange("/objects/a/name", "A", false);
-    EXPECT_TRUE(editor.changeManager->hasUnsavedChanges());
-
-    /* A refused text keeps everything */
-    std::ostringstream out;
-    {
-        Utility::Error redirect{&out};
-        EXPECT_FALSE(editor.loadFromString("[]"));
-    }
-    EXPECT_TRUE(editor.data.isSelected(indexOf(editor, "a")));
-    EXPECT_TRUE(editor.changeManager->canUndo());
-
     ASSERT_TRUE(editor.loadFromString(R"({"objects":{"b":{}}})"));
     EXPECT_FALSE(editor.changeManager->hasUnsavedChanges());
     EXPECT_FALSE(editor.changeManager->canUndo());
     EXPECT_EQ(editor.data.selectionSize(), 2);
     EXPECT_FALSE(editor.data.isSelected(1));
     EXPECT_EQ(tree(editor), "b()0 ");
-
-    /* Handlers were registered again on the reset manager */
-    editor.changeManager->pushRemoval("/objects/b");
-    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 1);
 }
 
 TEST(QuelmarEditorTest, FatalErrors) {

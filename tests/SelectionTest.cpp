@@ -57,8 +57,7 @@ TEST_F(SelectionTest, SelectListAndAttachPoint) {
         EXPECT_EQ(join(selectedObjectKeys(editor)), row.keys);
         EXPECT_EQ(join(selectedObjectKeysWithTrees(editor)), row.withTrees);
         std::size_t bits = 0;
-        for(const std::uint32_t word: editor.data.selectionWords())
-            for(std::uint32_t w = word; w; w &= w - 1) ++bits;
+        for(const std::uint32_t word: editor.data.selectionWords()) bits += __builtin_popcount(word);
         EXPECT_EQ(bits, row.bits);
         EXPECT_EQ(attachPoint(), row.attach);
     }

@@ -1,7 +1,6 @@
 #include <cstring>
 #include <string>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "QuelmarEngine/StaticMap.h"
 
