@@ -200,9 +200,7 @@ TEST_F(EditSessionJournalTest, DamagedTailIsDroppedWhole) {
         }
         EditSession reopened;
         ASSERT_TRUE(reopened.open({file.data(), file.size()}));
-        const EditResult recovered = reopened.recover();
-        ASSERT_TRUE(recovered);
-        EXPECT_THAT(recovered.warnings(), testing::IsEmpty());
+        EXPECT_THAT(reopened.recover().warnings(), testing::IsEmpty());
         EXPECT_EQ(json(reopened), documents.back());
         documents.pop_back();
     }
