@@ -14,96 +14,82 @@
 
 namespace QuelmarBenchmark {
 
-class MapHistory {
+/* Records and the cursor between done and undone ones; @p Derived applies
+   a record's old or new value to its document */
+template<class Derived, class Record> class History {
+    public:
+        void undo() {
+            if(_next) static_cast<Derived&>(*this).apply(_records[--_next], true);
+        }
+
+        void redo() {
+            if(_next != _records.size()) static_cast<Derived&>(*this).apply(_records[_next++], false);
+        }
+
+    protected:
+        void add(Record&& record) {
+            _records.erase(_records.begin() + _next, _records.end());
+            _records.push_back(std::move(record));
+            static_cast<Derived&>(*this).apply(_records[_next++], false);
+        }
+
+    private:
+        std::vector<Record> _records;
+        std::size_t _next{};
+};
+
+struct MapRecord {
+    nlohmann::json::json_pointer path;
+    std::optional<nlohmann::json> oldValue, newValue;
+};
+
+class MapHistory: public History<MapHistory, MapRecord> {
     public:
         explicit MapHistory(const std::string& text): document(nlohmann::json::parse(text)) {}
 
         /* Sets @p path to @p value, or removes it when there is none */
         void push(const std::string& path, std::optional<nlohmann::json> value) {
-            Record record{nlohmann::json::json_pointer{path}, {}, std::move(value)};
+            MapRecord record{nlohmann::json::json_pointer{path}, {}, std::move(value)};
             if(document.contains(record.path)) record.oldValue = document.at(record.path);
-            _records.erase(_records.begin() + _next, _records.end());
-            _records.push_back(std::move(record));
-            ++_next;
-            apply(_records.back().path, _records.back().newValue);
+            add(std::move(record));
         }
 
-        void undo() {
-            if(!_next) return;
-            const Record& record = _records[--_next];
-            apply(record.path, record.oldValue);
-        }
-
-        void redo() {
-            if(_next == _records.size()) return;
-            const Record& record = _records[_next++];
-            apply(record.path, record.newValue);
+        void apply(const MapRecord& record, const bool old) {
+            const std::optional<nlohmann::json>& value = old ? record.oldValue : record.newValue;
+            if(value) document[record.path] = *value;
+            else document[record.path.parent_pointer()].erase(record.path.back());
         }
 
         nlohmann::json document;
-
-    private:
-        struct Record {
-            nlohmann::json::json_pointer path;
-            std::optional<nlohmann::json> oldValue, newValue;
-        };
-
-        void apply(const nlohmann::json::json_pointer& path, const std::optional<nlohmann::json>& value) {
-            if(value) document[path] = *value;
-            else document[path.parent_pointer()].erase(path.back());
-        }
-
-        std::vector<Record> _records;
-        std::size_t _next{};
 };
 
-class PointerHistory {
+struct PointerRecord {
+    rapidjson::Pointer path;
+    rapidjson::Value oldValue, newValue;
+    bool hadOld, hasNew;
+};
+
+class PointerHistory: public History<PointerHistory, PointerRecord> {
     public:
         explicit PointerHistory(const std::string& text) { document.Parse(text.data()); }
 
         /* Sets @p path to @p value, or removes it when it is null */
         void push(const std::string& path, const rapidjson::Value* value) {
-            Record record{rapidjson::Pointer{path.data()}, {}, {}, false, value != nullptr};
+            PointerRecord record{rapidjson::Pointer{path.data()}, {}, {}, false, value != nullptr};
             if(const rapidjson::Value* const found = record.path.Get(document)) {
                 record.oldValue.CopyFrom(*found, document.GetAllocator());
                 record.hadOld = true;
             }
             if(value) record.newValue.CopyFrom(*value, document.GetAllocator());
-            _records.erase(_records.begin() + _next, _records.end());
-            _records.push_back(std::move(record));
-            ++_next;
-            const Record& pushed = _records.back();
-            apply(pushed.path, pushed.hasNew ? &pushed.newValue : nullptr);
+            add(std::move(record));
         }
 
-        void undo() {
-            if(!_next) return;
-            const Record& record = _records[--_next];
-            apply(record.path, record.hadOld ? &record.oldValue : nullptr);
-        }
-
-        void redo() {
-            if(_next == _records.size()) return;
-            const Record& record = _records[_next++];
-            apply(record.path, record.hasNew ? &record.newValue : nullptr);
+        void apply(const PointerRecord& record, const bool old) {
+            if(old ? record.hadOld : record.hasNew) record.path.Set(document, old ? record.oldValue : record.newValue);
+            else record.path.Erase(document);
         }
 
         rapidjson::Document document;
-
-    private:
-        struct Record {
-            rapidjson::Pointer path;
-            rapidjson::Value oldValue, newValue;
-            bool hadOld, hasNew;
-        };
-
-        void apply(const rapidjson::Pointer& path, const rapidjson::Value* value) {
-            if(value) path.Set(document, *value);
-            else path.Erase(document);
-        }
-
-        std::vector<Record> _records;
-        std::size_t _next{};
 };
 
 }
