@@ -114,20 +114,15 @@ struct Session {
                     changes.pushChange("/objects", objects, false);
                 } break;
                 case 14: case 15: {
-                    std::vector<const char*> keys;
-                    for(const std::string& k: selected) keys.push_back(k.data());
-                    StringArray array{keys.size()};
-                    for(const char* k: keys) array.add(k);
+                    StringArray array{selected.size()};
+                    for(const std::string& k: selected) array.add(k.data());
                     selectObjects(*editor, array);
                     if(kind == 14) duplicate(*editor);
                     else duplicateTrees(*editor);
                 } break;
-                case 16: {
-                    for(const bool back: undo) {
-                        if(back) changes.undoLast();
-                        else changes.redoLastUndo();
-                    }
-                } break;
+                case 16:
+                    for(const bool back: undo) back ? changes.undoLast() : changes.redoLastUndo();
+                    break;
             }
         }
     }
