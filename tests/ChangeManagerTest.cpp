@@ -184,11 +184,8 @@ TEST_F(ChangeManagerTest, Handlers) {
         /* Room grows by 16 at a time; searching an uncompiled map would abort */
         EXPECT_EQ(changes.handlers().capacity(), i < 16 ? 16u : 32u);
     }
-    changes.pushChange("/objects/a1/parent", "p", false);
-    changes.pushChange("/skins/s1/joints", "j", false);
     /* A component equal to the key twice calls the handler twice */
-    changes.pushChange("/objects/a1/objects", "o", false);
-    changes.pushChange("/skins/s1/k16", "k", false);
+    run(changes, R"(/objects/a1/parent:"p" /skins/s1/joints:"j" /objects/a1/objects:"o" /skins/s1/k16:"k")");
     /* Components in path order; the last one keeps the zero byte */
     EXPECT_EQ(heard, text("objects /objects/a1/parent [|objects|a1|parent\0|]\n"
                           "parent /objects/a1/parent [|objects|a1|parent\0|]\n"
