@@ -3,6 +3,7 @@
 #include <functional>
 #include <random>
 #include <sstream>
+#include <tuple>
 #include <gtest/gtest.h>
 #include <Corrade/Utility/Format.h>
 
@@ -148,9 +149,8 @@ TEST_F(PasteTest, MutatedClipboardText) {
         addText(text, "stage");
         if(!error.str().empty()) {
             ++refused;
-            EXPECT_EQ(error.str(), "Pasted JSON is not a JSON object\n");
-            EXPECT_EQ(editor.changeManager->lastChangeIndex(), last);
-            EXPECT_EQ(editor.changeManager->changeCount(), changes);
+            EXPECT_EQ(std::make_tuple(error.str(), editor.changeManager->lastChangeIndex(), editor.changeManager->changeCount()),
+                std::make_tuple("Pasted JSON is not a JSON object\n", last, changes));
         } else if(editor.changeManager->lastChangeIndex() != last) {
             ++pasted;
             expectOneUndoableGroup(before, std::size_t(last + 1));
