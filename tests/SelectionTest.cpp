@@ -79,8 +79,7 @@ TEST_F(SelectionTest, AttachPointScansWordsUpToTheSize) {
     /* Bits at or beyond the size are never selected, whatever else is */
     editor.data.selectionWords()[0] = 0;
     editor.data.selectionWords()[1] = 0xffffffffu << (41 % 32);
-    EXPECT_EQ(attachPoint(), "-<-");
-    EXPECT_EQ(join(selectedObjectKeys(editor)), "");
+    EXPECT_EQ(attachPoint() + join(selectedObjectKeys(editor)), "-<-");
     editor.data.selectionWords()[1] |= 1u << (index("k1") % 32);
     EXPECT_EQ(attachPoint(), "k1<-");
 }
