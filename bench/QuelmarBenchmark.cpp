@@ -137,66 +137,50 @@ template<class Push, class Undo, class Redo> void registerSteps(const std::strin
     });
 }
 
+void undoProject(const std::size_t n) { project(n).editor.changeManager->undoLast(); project(n).refresh(); }
+void redoProject(const std::size_t n) { project(n).editor.changeManager->redoLastUndo(); project(n).refresh(); }
+
+/* "STEPS/project/N", "STEPS/mapHistory/N" and "STEPS/rapidjson/N", each
+   undone and redone by its own history */
+template<class ProjectPush, class MapPush, class PointerPush> void registerKinds(const std::string& steps, const std::size_t n, const std::size_t batch, const std::size_t mapBatch, ProjectPush projectPush, MapPush mapPush, PointerPush pointerPush, const bool takeBack) {
+    const std::string size = "/" + std::to_string(n);
+    registerSteps(steps + "/project" + size, batch, projectPush, [n] { undoProject(n); }, [n] { redoProject(n); }, takeBack);
+    registerSteps(steps + "/mapHistory" + size, mapBatch, mapPush, [n] { mapHistory(n).undo(); }, [n] { mapHistory(n).redo(); }, takeBack);
+    registerSteps(steps + "/rapidjson" + size, batch, pointerPush, [n] { pointerHistory(n).undo(); }, [n] { pointerHistory(n).redo(); }, takeBack);
+}
+
 void registerValueEdits(const std::size_t n) {
-    const std::string size = std::to_string(n);
     const std::shared_ptr<std::size_t> next = std::make_shared<std::size_t>();
     const std::shared_ptr<const std::vector<std::string>> paths = std::make_shared<std::vector<std::string>>(valuePaths(n));
     const auto path = [=] { return (*paths)[++*next % paths->size()]; };
     const auto value = [=] { return double(*next % 7); };
-
-    const auto push = [=] {
-        Project& p = project(n);
-        p.editor.changeManager->pushChange(path().data(), rapidjson::Value{value()}, false);
-        p.refresh();
-    };
-    const auto undo = [n] { project(n).editor.changeManager->undoLast(); project(n).refresh(); };
-    const auto redo = [n] { project(n).editor.changeManager->redoLastUndo(); project(n).refresh(); };
-    registerSteps("valueEdit/project/" + size, Batch, push, undo, redo, false);
+    const auto push = [=] { project(n).editor.changeManager->pushChange(path().data(), rapidjson::Value{value()}, false); };
+    registerKinds("valueEdit", n, Batch, Batch, [=] { push(); project(n).refresh(); },
+        [=] { mapHistory(n).push(path(), nlohmann::json(value())); },
+        [=] {
+            const rapidjson::Value number{value()};
+            pointerHistory(n).push(path(), &number);
+        }, false);
     /* The refresh alone, one edit at a time */
-    registerManual("refresh/valueEdit/project/" + size, [=](benchmark::State& state) {
-        measure(state, 1, [=](std::size_t) { project(n).editor.changeManager->pushChange(path().data(), rapidjson::Value{value()}, false); }, [n]{ project(n).refresh(); });
+    registerManual("refresh/valueEdit/project/" + std::to_string(n), [=](benchmark::State& state) {
+        measure(state, 1, [=](std::size_t) { push(); }, [n]{ project(n).refresh(); });
     });
-
-    const auto mapPush = [=] { mapHistory(n).push(path(), nlohmann::json(value())); };
-    const auto mapUndo = [n] { mapHistory(n).undo(); };
-    const auto mapRedo = [n] { mapHistory(n).redo(); };
-    registerSteps("valueEdit/mapHistory/" + size, Batch, mapPush, mapUndo, mapRedo, false);
-
-    const auto pointerPush = [=] {
-        const rapidjson::Value number{value()};
-        pointerHistory(n).push(path(), &number);
-    };
-    const auto pointerUndo = [n] { pointerHistory(n).undo(); };
-    const auto pointerRedo = [n] { pointerHistory(n).redo(); };
-    registerSteps("valueEdit/rapidjson/" + size, Batch, pointerPush, pointerUndo, pointerRedo, false);
 }
 
-/* Each removal is taken back after it is measured, so the map keeps its size */
+/* Each removal is taken back after it is measured, so the map keeps its size.
+   A map has no middle: it loses the key in the middle of the numbering, once
+   a batch. */
 void registerRemovals(const std::size_t n) {
-    const std::string size = std::to_string(n);
-    const auto push = [n] {
-        Project& p = project(n);
-        p.editor.changeManager->pushRemoval(("/objects/" + p.middleKey()).data());
-        p.refresh();
-    };
-    const auto undo = [n] { project(n).editor.changeManager->undoLast(); project(n).refresh(); };
-    const auto redo = [n] { project(n).editor.changeManager->redoLastUndo(); project(n).refresh(); };
-    registerSteps("removeRecord/project/" + size, 4, push, undo, redo, true);
-
-    /* A map has no middle: the key in the middle of the numbering */
-    const std::string path = "/objects/" + objectKey(n/2);
-    const auto mapPush = [=] { mapHistory(n).push(path, std::nullopt); };
-    const auto mapUndo = [n] { mapHistory(n).undo(); };
-    const auto mapRedo = [n] { mapHistory(n).redo(); };
-    registerSteps("removeRecord/mapHistory/" + size, 1, mapPush, mapUndo, mapRedo, true);
-
-    const auto pointerPush = [n] {
-        const rapidjson::Value& objects = pointerHistory(n).document["objects"];
-        pointerHistory(n).push(std::string{"/objects/"} + (objects.MemberBegin() + objects.MemberCount()/2)->name.GetString(), nullptr);
-    };
-    const auto pointerUndo = [n] { pointerHistory(n).undo(); };
-    const auto pointerRedo = [n] { pointerHistory(n).redo(); };
-    registerSteps("removeRecord/rapidjson/" + size, 4, pointerPush, pointerUndo, pointerRedo, true);
+    const std::string mapPath = "/objects/" + objectKey(n/2);
+    registerKinds("removeRecord", n, 4, 1, [n] {
+            Project& p = project(n);
+            p.editor.changeManager->pushRemoval(("/objects/" + p.middleKey()).data());
+            p.refresh();
+        }, [=] { mapHistory(n).push(mapPath, std::nullopt); },
+        [n] {
+            const rapidjson::Value& objects = pointerHistory(n).document["objects"];
+            pointerHistory(n).push(std::string{"/objects/"} + (objects.MemberBegin() + objects.MemberCount()/2)->name.GetString(), nullptr);
+        }, true);
 }
 
 /* The first 5,000 objects of the map duplicated, undone and redone */
@@ -209,8 +193,8 @@ void registerDuplicate(const std::size_t n, const int iterations) {
         selectObjects(project(n).editor, keys);
     };
     const auto duplicateAll = [n] { duplicate(project(n).editor); project(n).refresh(); };
-    const auto undo = [n] { project(n).editor.changeManager->undoLast(); project(n).refresh(); };
-    const auto redo = [n] { project(n).editor.changeManager->redoLastUndo(); project(n).refresh(); };
+    const auto undo = [n] { undoProject(n); };
+    const auto redo = [n] { redoProject(n); };
     const std::string name = "duplicate" + std::to_string(count);
     registerManual(name + "/project/" + size, [=](benchmark::State& state) { measure(state, 1, [=](std::size_t) { select(); }, duplicateAll, [=](std::size_t) { undo(); }); }, iterations);
     registerManual("undo/" + name + "/project/" + size, [=](benchmark::State& state) { measure(state, 1, [=](std::size_t) { select(); duplicateAll(); }, undo); }, iterations);

@@ -6,6 +6,8 @@
 #include <tuple>
 #include <gtest/gtest.h>
 #include <Corrade/Utility/Format.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 
 #include "QuelmarEngine/Tools/ProjectTools.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
@@ -248,4 +250,76 @@ TEST(PasteDeathTest, OnlyTakenKeys) {
     editor.data.project.setIdGenerator([]{ return Containers::String{"K1"}; });
     EXPECT_DEATH(addFromString(editor, nullptr, R"({"objects":{"x":{}}})"),
         testing::Eq(std::string{"ProjectFile::generateId(): the key generator gave 1000 keys in a row that records already have\n"}));
+}
+
+/* A duplicate pastes what copying the selection would give without writing
+   and reading the text; it has to end exactly where pasting that text does:
+   document, history records, selection, messages, undo and redo. Records
+   that the text would change (a number JSON can't hold, nesting the reader
+   refuses) go through the text. */
+TEST(DuplicateTest, SameAsPastingTheCopy) {
+    /* Non-finite numbers written as they are, which the project's writer can't show */
+    const auto write = [](const rapidjson::Value& value) {
+        rapidjson::StringBuffer buffer;
+        rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rapidjson::UTF8<>, rapidjson::CrtAllocator, rapidjson::kWriteNanAndInfFlag> writer{buffer};
+        value.Accept(writer);
+        return std::string{buffer.GetString(), buffer.GetSize()};
+    };
+    std::string deep = "1";
+    for(int i = 0; i != 300; ++i) deep = "[" + deep + "]";
+    const struct { const char* name; const char* project; std::vector<std::pair<const char*, std::string>> pushes; std::vector<const char*> selected; bool trees; } rows[]{
+        {"parents inside and outside, a cycle, odd parents",
+            R"({"objects":{"p":{"name":"P"},"c":{"parent":"p","name":"C","parent":"x"},"d":{"parent":5},"a":{"parent":"b"},"b":{"parent":"a"},"e":{"parent":""}}})",
+            {}, {"p", "c", "d", "a", "b", "e"}, false},
+        {"skins: joints inside and outside, a missing skin, a mesh, a skin that isn't a record",
+            R"({"objects":{"r":{"skin":"s"},"j":{"parent":"r","skin":"s","components":[{"type":"mesh","mesh":{"skin":"s"}},{"type":"mesh","mesh":{"skin":"t"}}]},"k":{"skin":"gone"},"l":{"skin":"t"},"o":{}},"skins":{"s":{"joints":["j","o",3]},"t":5}})",
+            {}, {"r", "k", "l"}, true},
+        {"numbers and duplicate members",
+            R"({"objects":{"n":{"v":[-0.0,1.0,1e300,18446744073709551615,-9223372036854775808,0.1,5e-324],"name":"A","name":"B"}}})",
+            {}, {"n"}, false},
+        {"a number JSON can't hold", R"({"objects":{"n":{"v":1}}})", {{"/objects/n/v", "[Infinity,-Infinity,NaN]"}}, {"n"}, false},
+        {"nesting the reader refuses", R"({"objects":{"n":{},"m":{}}})", {{"/objects/n/v", deep}}, {"n", "m"}, false},
+    };
+    for(const auto& row: rows) {
+        SCOPED_TRACE(row.name);
+        std::string outcome[2];
+        for(const bool direct: {false, true}) {
+            QuelmarEditor editor;
+            ASSERT_TRUE(editor.loadFromString(row.project));
+            int counter = 0;
+            editor.data.project.setIdGenerator([&]{ return Containers::String{("K" + std::to_string(++counter)).data()}; });
+            for(const auto& push: row.pushes) {
+                rapidjson::Document value;
+                value.Parse<rapidjson::kParseNanAndInfFlag>(push.second.data());
+                editor.changeManager->pushChange(push.first, value, false);
+            }
+            StringArray selection{row.selected.size()};
+            for(const char* key: row.selected) selection.add(key);
+            selectObjects(editor, selection);
+
+            std::ostringstream out;
+            const std::size_t first = editor.changeManager->changeCount();
+            {
+                Utility::Error redirectError{&out};
+                Utility::Warning redirectWarning{&out};
+                if(direct && row.trees) duplicateTrees(editor);
+                else if(direct) duplicate(editor);
+                else paste(editor, row.trees ? copySelectedTrees(editor) : copySelected(editor));
+            }
+            out << "\n" << join(selectedObjectKeys(editor)) << "\n" << write(*editor.data.project.document) << "\n";
+            {
+                Utility::Debug redirect{&out};
+                for(std::size_t i = first; i != editor.changeManager->changeCount(); ++i) {
+                    Utility::Debug line;
+                    line << editor.changeManager->change(i) << editor.changeManager->change(i).group;
+                }
+            }
+            editor.changeManager->undoLast();
+            out << write(*editor.data.project.document) << "\n";
+            editor.changeManager->redoLastUndo();
+            out << write(*editor.data.project.document);
+            outcome[direct] = out.str();
+        }
+        EXPECT_EQ(outcome[1], outcome[0]);
+    }
 }

@@ -145,9 +145,20 @@ void ChangeManager::pushChange(Containers::Array<char>&& path, const rapidjson::
         }
     }
 
+    record(std::move(path), std::move(pointer), std::move(newValue));
+}
+
+void ChangeManager::pushChange(Containers::Array<char>&& path, Containers::Pointer<rapidjson::Value>&& value) {
+    CORRADE_ASSERT(_project, "ChangeManager::pushChange(): no project file", );
+    JsonPointer pointer{pathText(path)};
+    CORRADE_ASSERT(pointer.isValid(), "ChangeManager::pushChange(): invalid JSON pointer" << pathText(path), );
+    record(std::move(path), std::move(pointer), std::move(value));
+}
+
+void ChangeManager::record(Containers::Array<char>&& path, JsonPointer&& pointer, Containers::Pointer<rapidjson::Value>&& newValue) {
     rapidjson::Document& document = *_project->document;
-    if(Implementation::padsTooMuch(document, _project->memberIndex(), pointer, value)) {
-        Utility::Error{} << "ChangeManager::pushChange(): refusing" << text << "as it would pad an array with more than" << Implementation::MaxArrayPadding << "nulls";
+    if(Implementation::padsTooMuch(document, _project->memberIndex(), pointer, bool(newValue))) {
+        Utility::Error{} << "ChangeManager::pushChange(): refusing" << pathText(path) << "as it would pad an array with more than" << Implementation::MaxArrayPadding << "nulls";
         return;
     }
 
@@ -359,21 +370,28 @@ void ChangeManager::notify(const Change& change) {
     const std::size_t size = change.path.size();
     if(!size) return;
 
-    /* Made on the first match only, then shared by every handler */
-    Containers::Array<Containers::String> components;
+    /* Made on the first match only, then shared by every handler; the
+       strings are kept from one change to the next, as every change of a
+       big step would otherwise allocate them anew */
+    std::size_t count = 0;
     for(std::size_t begin = 0, end = 0; end <= size; ++end) {
         if(end != size && data[end] != '/') continue;
         Containers::Pointer<ChangeHandler>* const handler = _handlers.find({data + begin, strnlen(data + begin, end - begin)});
         if(handler) {
-            if(components.isEmpty()) {
-                components = Containers::Array<Containers::String>{ValueInit, std::size_t(std::count(data, data + size, '/')) + 1};
+            if(!count) {
+                count = std::size_t(std::count(data, data + size, '/')) + 1;
+                if(_components.size() < count) arrayResize(_components, count);
                 std::size_t i = 0;
                 for(std::size_t from = 0, to = 0; to <= size; ++to) if(to == size || data[to] == '/') {
-                    components[i++] = Containers::String{data + from, to - from};
+                    /* Consecutive changes mostly share their leading
+                       components, which then need no new string */
+                    const Containers::StringView component{data + from, to - from};
+                    if(Containers::StringView{_components[i]} != component) _components[i] = Containers::String{data + from, to - from};
+                    ++i;
                     from = to + 1;
                 }
             }
-            (*handler)->handle(change, Containers::ArrayView<const Containers::String>{components.data(), components.size()});
+            (*handler)->handle(change, Containers::ArrayView<const Containers::String>{_components.data(), count});
         }
         begin = end + 1;
     }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <Corrade/Containers/Array.h>
 #include <Corrade/Containers/Pointer.h>
+#include <Corrade/Containers/String.h>
 #include <Corrade/Containers/StringView.h>
 #include <Corrade/Utility/Debug.h>
 #include <rapidjson/document.h>
@@ -120,6 +121,15 @@ class ChangeManager {
          */
         void pushChange(Containers::Array<char>&& path, const rapidjson::Value* value, bool merge);
         void pushChange(const char* path, const rapidjson::Value& value, bool merge);
+
+        /**
+         * @brief Pushes a change of @p path to @p value, taking the value over
+         *
+         * As the above without a merge, but @p value becomes the record's new
+         * value as it is instead of being copied: it has to live in the
+         * document's allocator. A null @p value removes.
+         */
+        void pushChange(Containers::Array<char>&& path, Containers::Pointer<rapidjson::Value>&& value);
 
         /** Pushes a JSON string holding a copy of @p value */
         void pushChange(const char* path, const char* value, bool merge);
@@ -256,6 +266,7 @@ class ChangeManager {
         const StaticMap<Containers::Pointer<ChangeHandler>>& handlers() const { return _handlers; }
 
     private:
+        void record(Containers::Array<char>&& path, JsonPointer&& pointer, Containers::Pointer<rapidjson::Value>&& newValue);
         std::int32_t mergeTarget(Containers::StringView path, const JsonPointer& pointer) const;
         void applyRecord(std::int32_t index, Containers::Pointer<rapidjson::Value>* oldValue);
         void notify(const Change& change);
@@ -272,6 +283,8 @@ class ChangeManager {
         /* What the application of each record did, for an exact undo */
         Containers::Array<Implementation::AppliedChange> _applied;
         StaticMap<Containers::Pointer<ChangeHandler>> _handlers;
+        /* The path components that notify() hands the handlers */
+        Containers::Array<Containers::String> _components;
 };
 
 }

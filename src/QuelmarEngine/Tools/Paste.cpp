@@ -1,5 +1,6 @@
 /* Pasting: clipboard text into the project under fresh keys, and the paste
-   and duplicate commands built on it. */
+   and duplicate commands built on it. A duplicate skips the text where it
+   can and pastes what the text would read back as. */
 
 #include <cstring>
 #include <string>
@@ -13,6 +14,7 @@
 #include "QuelmarEngine/JsonPointer.h"
 #include "QuelmarEngine/JsonReader.h"
 #include "QuelmarEngine/Tools/ProjectTools.h"
+#include "QuelmarEngine/Tools/Implementation/Clipboard.h"
 #include "QuelmarEngine/Tools/Implementation/Selection.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
 
@@ -51,6 +53,14 @@ std::string recordPath(const char* const map, const Containers::String& key) {
     return path;
 }
 
+/* The path up to its first zero byte, as a push of its text takes it */
+Containers::Array<char> pathArray(const std::string& path) {
+    const std::size_t size = std::strlen(path.data());
+    Containers::Array<char> out{NoInit, size + 1};
+    std::memcpy(out.data(), path.data(), size + 1);
+    return out;
+}
+
 /* The rewrites of "parent" and of joints go straight into the document, not
    into the history, so the record that the push made would bring back the
    old keys on redo. Mirroring each rewrite into that record keeps redo
@@ -62,6 +72,44 @@ void mirrorParent(ChangeManager& changes, Change& record, const rapidjson::Value
     else stored.AddMember(rapidjson::Value{"parent", changes.allocator()}, std::move(copy), changes.allocator());
 }
 
+/* Pushes a copy of the object @p record under @p key with its "parent"
+   rewired: to the new key of a pasted parent, else to @p parent, else null.
+   Rewired before the push, the document and the history get the same record
+   without a write behind the history's back. */
+void pushObject(QuelmarEditor& editor, const KeyMap& objectKeys, const char* const parent, const Containers::String& key, const rapidjson::Value& record) {
+    ChangeManager& changes = *editor.changeManager;
+    JsonAllocator& allocator = changes.allocator();
+
+    /* A "parent" of "" means the root, as it does in the document, even
+       when a pasted object has the empty key */
+    const rapidjson::Value* const parentKey = findMember(record, "parent");
+    rapidjson::Value newParent;
+    if(const Containers::String* const pastedParent = isString(parentKey) && parentKey->GetStringLength() ? find(objectKeys, parentKey) : nullptr)
+        newParent.SetString(pastedParent->data(), rapidjson::SizeType(pastedParent->size()), allocator);
+    else if(parent)
+        newParent.SetString(parent, allocator);
+
+    Containers::Pointer<rapidjson::Value> copy{new rapidjson::Value{record, allocator}};
+    if(rapidjson::Value* const member = findMember(*copy, "parent")) *member = std::move(newParent);
+    else copy->AddMember(rapidjson::Value{"parent", allocator}, newParent, allocator);
+
+    const int before = changes.lastChangeIndex();
+    const std::string path = recordPath("objects", key);
+    changes.pushChange(pathArray(path), std::move(copy));
+    if(changes.lastChangeIndex() != before) return;
+
+    /* Refused, for a key that would pad "objects" made an array: the parent
+       goes where the path leads and into the newest record, as it always
+       did */
+    SubValueAccess parentAccess = editor.data.project["objects"]->subValue(key.data())->subValue("parent");
+    const rapidjson::Value* const padded = parentAccess.value();
+    const Containers::String* const pastedParent = isString(padded) && padded->GetStringLength() ? find(objectKeys, padded) : nullptr;
+    if(pastedParent) parentAccess.setString(*pastedParent, false);
+    else if(parent) parentAccess.setString(parent, false);
+    else parentAccess.setNull(false);
+    mirrorParent(changes, changes.lastChange(), *parentAccess.value());
+}
+
 void mirrorJoint(ChangeManager& changes, Change& record, rapidjson::SizeType index, const Containers::String& key) {
     rapidjson::Value* const joints = findMember(*record.newValue, "joints");
     (*joints)[index].SetString(key.data(), rapidjson::SizeType(key.size()), changes.allocator());
@@ -70,8 +118,6 @@ void mirrorJoint(ChangeManager& changes, Change& record, rapidjson::SizeType ind
 }
 
 StringArray addFromString(QuelmarEditor& editor, const char* const parent, const std::string& text) {
-    ProjectFile& project = editor.data.project;
-
     /* The reader neither recurses nor accepts unbounded nesting, so no text
        can exhaust the stack */
     rapidjson::Document document;
@@ -81,7 +127,11 @@ StringArray addFromString(QuelmarEditor& editor, const char* const parent, const
         Utility::Error{} << "Pasted JSON is not a JSON object";
         return StringArray{24};
     }
+    return Implementation::addFromDocument(editor, parent, document);
+}
 
+StringArray Implementation::addFromDocument(QuelmarEditor& editor, const char* const parent, const rapidjson::Value& document) {
+    ProjectFile& project = editor.data.project;
     StringArray result{24};
     KeyMap objectKeys, skinKeys;
     ChangeManager& changes = *editor.changeManager;
@@ -95,20 +145,7 @@ StringArray addFromString(QuelmarEditor& editor, const char* const parent, const
         Containers::String* key;
         if(newKeyFor(editor, objectKeys, it->name, key)) result.add(key->data(), -1);
 
-        changes.pushChange(recordPath("objects", *key).data(), it->value, false);
-        Change& record = changes.lastChange();
-
-        /* A "parent" of "" means the root, as it does in the document, even
-           when a pasted object has the empty key */
-        SubValueAccess parentAccess = project["objects"]->subValue(key->data())->subValue("parent");
-        const rapidjson::Value* const parentKey = parentAccess.value();
-        if(const Containers::String* const pastedParent = isString(parentKey) && parentKey->GetStringLength() ? find(objectKeys, parentKey) : nullptr)
-            parentAccess.setString(*pastedParent, false);
-        else if(parent)
-            parentAccess.setString(parent, false);
-        else
-            parentAccess.setNull(false);
-        mirrorParent(changes, record, *parentAccess.value());
+        pushObject(editor, objectKeys, parent, *key, it->value);
     }
 
     const rapidjson::Value* const skins = findMember(document, "skins");
@@ -176,17 +213,24 @@ void pasteChild(QuelmarEditor& editor, const std::string& text) {
     selectObjects(editor, keys);
 }
 
+StringArray Implementation::duplicateObjects(QuelmarEditor& editor, const char* const parent, const StringArrayView& objectKeys) {
+    {
+        rapidjson::Document shared;
+        if(clipboardDocument(editor, objectKeys, shared)) return addFromDocument(editor, parent, shared);
+    }
+    return addFromString(editor, parent, clipboardText(editor, objectKeys));
+}
+
 void duplicate(QuelmarEditor& editor) {
     const std::pair<const char*, const char*> target = Implementation::selectedObjectAndParent(editor);
-    const std::string text = copySelected(editor);
-    StringArray keys = addFromString(editor, target.second, text);
+    StringArray keys = Implementation::duplicateObjects(editor, target.second, selectedObjectKeys(editor));
     selectObjects(editor, keys);
 }
 
 StringArray duplicateTrees(QuelmarEditor& editor) {
-    const std::string text = copySelectedTrees(editor);
+    const StringArray objectKeys = selectedObjectKeysWithTrees(editor);
     const std::pair<const char*, const char*> target = Implementation::selectedObjectAndParent(editor);
-    StringArray keys = addFromString(editor, target.second, text);
+    StringArray keys = Implementation::duplicateObjects(editor, target.second, objectKeys);
     selectObjects(editor, keys);
     return keys;
 }

@@ -71,7 +71,7 @@ StringArray selectedObjectKeysWithTrees(QuelmarEditor& editor);
 /** @{ @name Clipboard */
 
 /** The map @p name of the document restricted to @p keys, one member per line */
-std::string toString(QuelmarEditor& editor, const char* name, StringArrayView& keys);
+std::string toString(QuelmarEditor& editor, const char* name, const StringArrayView& keys);
 
 /** Clipboard text of the selected objects and the skins they use */
 std::string copySelected(QuelmarEditor& editor);
