@@ -267,7 +267,7 @@ TEST(DuplicateTest, SameAsPastingTheCopy) {
     };
     std::string deep = "1";
     for(int i = 0; i != 300; ++i) deep = "[" + deep + "]";
-    const struct { const char* name; const char* project; std::vector<std::pair<const char*, std::string>> pushes; std::vector<const char*> selected; bool trees; } rows[]{
+    const struct { const char* name; const char* project; std::vector<std::pair<const char*, std::string>> pushes; std::initializer_list<const char*> selected; bool trees; } rows[]{
         {"parents inside and outside, a cycle, odd parents",
             R"({"objects":{"p":{"name":"P"},"c":{"parent":"p","name":"C","parent":"x"},"d":{"parent":5},"a":{"parent":"b"},"b":{"parent":"a"},"e":{"parent":""}}})",
             {}, {"p", "c", "d", "a", "b", "e"}, false},
@@ -293,9 +293,7 @@ TEST(DuplicateTest, SameAsPastingTheCopy) {
                 value.Parse<rapidjson::kParseNanAndInfFlag>(push.second.data());
                 editor.changeManager->pushChange(push.first, value, false);
             }
-            StringArray selection{row.selected.size()};
-            for(const char* key: row.selected) selection.add(key);
-            selectObjects(editor, selection);
+            selectObjects(editor, row.selected);
 
             std::ostringstream out;
             const std::size_t first = editor.changeManager->changeCount();
