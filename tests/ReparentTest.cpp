@@ -6,6 +6,7 @@
 #include <functional>
 #include <random>
 #include <sstream>
+#include <tuple>
 #include <gmock/gmock.h>
 
 #include "QuelmarEngine/Tools/ProjectTools.h"
@@ -121,13 +122,11 @@ TEST_F(ReparentTest, SetMovesTopmostObjectsButNotRootOrParentAsOneStep) {
     editor.changeManager->addChangeHandler("objects", countCalls, &notified);
     reparentObjectsKeepTransform(editor, bits({"a", "b", "c", "d"}), "d");
     EXPECT_EQ(out.str(), "Reparenting object a to d\nReparenting object c to d\n");
-    EXPECT_FALSE(editor.changeManager->isGroupOpen());
-    EXPECT_EQ(notified, 4);
+    EXPECT_EQ(std::make_tuple(editor.changeManager->isGroupOpen(), notified), std::make_tuple(false, 4));
     EXPECT_THAT(records(), ElementsAre("/objects/a/parent \"d\"", StartsWith("/objects/a/transformation "), "/objects/c/parent \"d\"", StartsWith("/objects/c/transformation ")));
     const std::string after = editor.data.project.toJson().data();
     editor.changeManager->undoLast();
-    EXPECT_EQ(editor.data.project.toJson().data(), before);
-    EXPECT_FALSE(editor.changeManager->canUndo());
+    EXPECT_EQ(std::make_tuple(std::string{editor.data.project.toJson().data()}, editor.changeManager->canUndo()), std::make_tuple(before, false));
     editor.changeManager->redoLastUndo();
     EXPECT_EQ(editor.data.project.toJson().data(), after);
 
