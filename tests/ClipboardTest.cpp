@@ -38,9 +38,7 @@ TEST_F(ClipboardTest, ClipboardText) {
     EXPECT_EQ(copySelected(editor), "{\"objects\":{\n" + bAndC + ",\n\"d\": {\"name\":\"D\",\"skin\":\"s2\",\"transformation\":[1,0,0,0,0,1,0,0,0,0,1,0,0.5,0,0,1]},\n"
         "\"e\": {\"name\":\"E\",\"skin\":5}" + skins);
 
-    /* c lies in a's tree and must not come twice; copying changes neither
-       document, history nor selection, and the redirection into the text
-       ends with it */
+    /* c lies in a's tree and must not come twice; the copy leaves document, history and selection, and its redirection ends */
     selectObjects(editor, {"c", "a"});
     const std::string before = editor.data.project.toJson().data();
     std::ostream* const debugOutput = Utility::Debug::output();
