@@ -140,9 +140,7 @@ struct Session {
     QuelmarEditor kept, rebuilt;
 };
 
-/* Everything a command can read of an editor's scene: the document, each
-   position as index, hierarchy entry and local matrix, each index as position
-   and key, the key-to-index map sorted, and the selection bits */
+/* Everything a command can read of an editor's scene, as one value to compare */
 auto snapshot(QuelmarEditor& editor) {
     const auto& graph = *editor.scene->sceneGraph;
     std::vector<std::tuple<unsigned short, unsigned short, unsigned short, unsigned short, unsigned short, Magnum::Matrix4>> positions;
