@@ -210,7 +210,8 @@ TEST_F(ChangeManagerTest, SaveMark) {
     /* The state after running @p script */
     const auto after = [&](const char* script) {
         run(changes, script);
-        return std::to_string(changes.changeCount()) + " records, mark " + std::to_string(changes.savedChangeIndex()) + (changes.hasUnsavedChanges() ? " unsaved" : " saved");
+        return std::to_string(changes.changeCount()) + " records, mark " + std::to_string(changes.savedChangeIndex()) +
+            (changes.hasUnsavedChanges() ? " unsaved" : " saved");
     };
     EXPECT_EQ(after("/n /n /n /n s"), "4 records, mark 3 saved");
     /* A push drops the redo tail */
