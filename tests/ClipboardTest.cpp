@@ -43,8 +43,8 @@ TEST_F(ClipboardTest, ClipboardText) {
     const std::string before = editor.data.project.toJson().data();
     std::ostream* const debugOutput = Utility::Debug::output();
     EXPECT_EQ(copySelectedTrees(editor), "{\"objects\":{\n\"a\": {\"name\":\"A\"},\n" + bAndC + skins);
-    EXPECT_EQ(std::make_tuple(std::string{editor.data.project.toJson().data()}, editor.changeManager->changeCount(), selectedObjectKeys(editor).size(), Utility::Debug::output()),
-        std::make_tuple(before, 0u, 2u, debugOutput));
+    EXPECT_EQ(std::make_tuple(std::string{editor.data.project.toJson().data()}, editor.changeManager->changeCount(), selectedObjectKeys(editor).size(),
+        Utility::Debug::output()), std::make_tuple(before, 0u, 2u, debugOutput));
 }
 
 TEST_F(ClipboardTest, MapOfKeys) {
