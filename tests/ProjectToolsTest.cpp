@@ -124,7 +124,9 @@ TEST_F(ProjectToolsTest, WhatEachEditPushes) {
         /* A step already in the history, which no edit may join */
         deleteObject(editor, "zz");
         /* The document, the tree and the newest applied record */
-        const auto state = [&] { return std::string{editor.data.project.toJson().data()} + "\n" + tree() + "\n" + std::to_string(editor.changeManager->lastChangeIndex()); };
+        const auto state = [&] {
+            return std::string{editor.data.project.toJson().data()} + "\n" + tree() + "\n" + std::to_string(editor.changeManager->lastChangeIndex());
+        };
         const std::string before = state();
         out.str("");
         EXPECT_EQ(row.edit(editor), row.key);
