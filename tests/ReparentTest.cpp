@@ -109,7 +109,8 @@ TEST_F(ReparentTest, WritesTheLocalMatrixUnderTheNewParent) {
         if(inCallersGroup) editor.changeManager->commit();
         const std::string object = row.object, parent = row.parent ? row.parent : "root";
         EXPECT_EQ(out.str(), "Reparenting object " + object + " to " + parent + "\n");
-        EXPECT_THAT(records(), ElementsAre("/objects/" + object + "/parent " + (row.parent ? "\"" + parent + "\"" : "null"), "/objects/" + object + "/transformation " + row.expected));
+        EXPECT_THAT(records(), ElementsAre("/objects/" + object + "/parent " + (row.parent ? "\"" + parent + "\"" : "null"),
+            "/objects/" + object + "/transformation " + row.expected));
     }
 }
 
