@@ -266,7 +266,8 @@ TEST(DuplicateTest, SameAsPastingTheCopy) {
     };
     std::string deep = "1";
     for(int i = 0; i != 300; ++i) deep = "[" + deep + "]";
-    const struct { const char* name; const char* project; std::vector<std::pair<const char*, std::string>> pushes; std::initializer_list<const char*> selected; bool trees; } rows[]{
+    const struct { const char* name; const char* project; std::vector<std::pair<const char*, std::string>> pushes;
+        std::initializer_list<const char*> selected; bool trees; } rows[]{
         {"parents inside and outside, a cycle, odd parents",
             R"({"objects":{"p":{"name":"P"},"c":{"parent":"p","name":"C","parent":"x"},"d":{"parent":5},"a":{"parent":"b"},"b":{"parent":"a"},"e":{"parent":""}}})",
             {}, {"p", "c", "d", "a", "b", "e"}, false},
