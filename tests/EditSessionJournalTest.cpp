@@ -39,13 +39,6 @@ struct EditSessionJournalTest: testing::Test {
         return session.editor().data.project.toJson().data();
     }
 
-    /* The document in the file, whatever journal lies beside it */
-    std::string savedDocument() const {
-        EditSession saved;
-        EXPECT_TRUE(saved.open({file.data(), file.size()}));
-        return json(saved);
-    }
-
     TemporaryFolder folder;
     const std::string file = folder/"scene.json", journal = folder/".scene.json.journal";
 };
@@ -57,29 +50,26 @@ EditResult select(EditSession& session, const char* key) {
 
 /* Value edits, duplicates of whole trees, saves, undo and redo within the
    journal and past the saved state */
-const std::vector<std::function<EditResult(EditSession&)>>& script() {
-    static const std::vector<std::function<EditResult(EditSession&)>> steps{
-        [](EditSession& s) { return s.set("/objects/a/name", "\"First\""); },
-        [](EditSession& s) { EXPECT_TRUE(select(s, "a")); return s.duplicate(SelectionExtent::Trees); },
-        [](EditSession& s) { return s.addObject("N", "a"); },
-        [](EditSession& s) { return s.save(); },
-        [](EditSession& s) { return s.set("/materials/m/color", "[2, 0.1]"); },
-        [](EditSession& s) { return s.undo(2); },
-        [](EditSession& s) { return s.redo(1); },
-        [](EditSession& s) { return s.deleteObject("a"); },
-        [](EditSession& s) { return s.remove("/materials/m"); },
-        [](EditSession& s) { return s.undo(2); },
-        [](EditSession& s) { EXPECT_TRUE(select(s, "b")); return s.duplicate(SelectionExtent::Objects); },
-        [](EditSession& s) { return s.undo(1); },
-        [](EditSession& s) { return s.redo(1); },
-        [](EditSession& s) { EXPECT_TRUE(select(s, "a")); return s.duplicate(SelectionExtent::Trees); },
-        [](EditSession& s) { return s.save(); },
-        [](EditSession& s) { return s.set("/objects/b/name", "\"Last\""); },
-        [](EditSession& s) { return s.undo(3); },
-        [](EditSession& s) { return s.set("/materials/new", "{\"color\": 3}"); },
-    };
-    return steps;
-}
+const std::function<EditResult(EditSession&)> Script[]{
+    [](EditSession& s) { return s.set("/objects/a/name", "\"First\""); },
+    [](EditSession& s) { EXPECT_TRUE(select(s, "a")); return s.duplicate(SelectionExtent::Trees); },
+    [](EditSession& s) { return s.addObject("N", "a"); },
+    [](EditSession& s) { return s.save(); },
+    [](EditSession& s) { return s.set("/materials/m/color", "[2, 0.1]"); },
+    [](EditSession& s) { return s.undo(2); },
+    [](EditSession& s) { return s.redo(1); },
+    [](EditSession& s) { return s.deleteObject("a"); },
+    [](EditSession& s) { return s.remove("/materials/m"); },
+    [](EditSession& s) { return s.undo(2); },
+    [](EditSession& s) { EXPECT_TRUE(select(s, "b")); return s.duplicate(SelectionExtent::Objects); },
+    [](EditSession& s) { return s.undo(1); },
+    [](EditSession& s) { return s.redo(1); },
+    [](EditSession& s) { EXPECT_TRUE(select(s, "a")); return s.duplicate(SelectionExtent::Trees); },
+    [](EditSession& s) { return s.save(); },
+    [](EditSession& s) { return s.set("/objects/b/name", "\"Last\""); },
+    [](EditSession& s) { return s.undo(3); },
+    [](EditSession& s) { return s.set("/materials/new", "{\"color\": 3}"); },
+};
 
 }
 
@@ -94,7 +84,7 @@ TEST_F(EditSessionJournalTest, KilledSessionRecoversItsLastCompletedStep) {
         EditSession session;
         ASSERT_TRUE(open(session, file));
         expected.push_back(json(session));
-        for(const auto& step: script()) {
+        for(const auto& step: Script) {
             const auto started = std::chrono::steady_clock::now();
             ASSERT_TRUE(step(session));
             durations.push_back(long(std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - started).count()));
@@ -105,7 +95,7 @@ TEST_F(EditSessionJournalTest, KilledSessionRecoversItsLastCompletedStep) {
     /* Each round kills at a random moment of one step, every step in turn */
     std::mt19937 random{1};
     for(std::size_t round = 0; round != 200; ++round) {
-        const std::size_t target = round % script().size();
+        const std::size_t target = round % std::size(Script);
         writeText(file, original);
         std::remove(journal.data());
         /* The session takes a step when told, and says when it is done */
@@ -118,7 +108,7 @@ TEST_F(EditSessionJournalTest, KilledSessionRecoversItsLastCompletedStep) {
         if(!child) {
             EditSession session;
             if(!open(session, file)) ::_exit(1);
-            for(const auto& step: script()) {
+            for(const auto& step: Script) {
                 if(::read(go[0], buffer, 1) != 1 || !step(session) || ::write(done[1], "", 1) != 1) ::_exit(1);
             }
             for(;;) ::pause();
@@ -154,7 +144,9 @@ TEST_F(EditSessionJournalTest, KilledSessionRecoversItsLastCompletedStep) {
         /* Every recovered step can be undone, back to the saved file */
         EXPECT_TRUE(!session.undoCount() || session.undo(session.undoCount()));
         EXPECT_TRUE(session.isSaved());
-        EXPECT_EQ(json(session), savedDocument());
+        EditSession saved;
+        ASSERT_TRUE(saved.open({file.data(), file.size()}));
+        EXPECT_EQ(json(session), json(saved));
     }
 }
 
@@ -200,9 +192,7 @@ TEST_F(EditSessionJournalTest, DamagedTailIsDroppedWhole) {
             EXPECT_THAT(opened.warnings(), testing::ElementsAre(Utility::format("the journal {} holds {} {} of unsaved work from a session "
                 "that ended without saving, and a damaged tail that recovery drops; the project is read-only until it is recovered or discarded",
                 journal, row.steps, row.steps == 1 ? "entry" : "entries").data()));
-            const EditResult recovered = session.recover();
-            ASSERT_TRUE(recovered);
-            EXPECT_THAT(recovered.warnings(), testing::ElementsAre(Utility::format("the journal's last {} bytes were torn or damaged and are dropped", dropped).data()));
+            EXPECT_THAT(session.recover().warnings(), testing::ElementsAre(Utility::format("the journal's last {} bytes were torn or damaged and are dropped", dropped).data()));
             EXPECT_EQ(json(session), documents[row.steps]);
             /* The journal goes on after the last whole entry */
             ASSERT_TRUE(session.set("/objects/b/name", "\"Again\""));
@@ -210,9 +200,7 @@ TEST_F(EditSessionJournalTest, DamagedTailIsDroppedWhole) {
         }
         EditSession reopened;
         ASSERT_TRUE(reopened.open({file.data(), file.size()}));
-        const EditResult recovered = reopened.recover();
-        ASSERT_TRUE(recovered);
-        EXPECT_THAT(recovered.warnings(), testing::IsEmpty());
+        EXPECT_THAT(reopened.recover().warnings(), testing::IsEmpty());
         EXPECT_EQ(json(reopened), documents.back());
         documents.pop_back();
     }
@@ -240,22 +228,13 @@ TEST_F(EditSessionJournalTest, ReadOnlyUntilRecoveredOrDiscarded) {
             "the journal " + journal + " was written for another version of " + file + " and can't be replayed; the project is read-only until the journal is discarded" :
             "the journal " + journal + " holds 3 entries of unsaved work from a session that ended without saving; the project is read-only until it is recovered or discarded"));
         EXPECT_TRUE(session.isReadOnly());
-        const std::pair<const char*, std::function<EditResult()>> refused[]{
-            {"set", [&] { return session.set("/objects/a/name", "\"X\""); }},
-            {"undo", [&] { return session.undo(); }},
-            {"redo", [&] { return session.redo(); }},
-            {"save", [&] { return session.save(DiskChanges::Overwrite); }},
-            {"save as", [&] { return session.saveAs({file.data(), file.size()}); }},
-        };
-        for(const auto& action: refused) {
-            SCOPED_TRACE(action.first);
-            EXPECT_EQ(action.second().message(), readOnly);
-        }
+        /* Set, undo, redo, save and save as */
+        for(const EditResult& refused: {session.set("/objects/a/name", "\"X\""), session.undo(), session.redo(),
+                                        session.save(DiskChanges::Overwrite), session.saveAs({file.data(), file.size()})})
+            EXPECT_EQ(refused.message(), readOnly);
         if(stale) EXPECT_EQ(session.recover().message(), "the journal was written for another version of " + file + " and can only be discarded");
         else {
-            const EditResult recovered = session.recover();
-            ASSERT_TRUE(recovered);
-            EXPECT_EQ(recovered.text(), "replayed 3 entries: 1 step to undo, 1 to redo");
+            ASSERT_EQ(session.recover().text(), "replayed 3 entries: 1 step to undo, 1 to redo");
             ASSERT_TRUE(session.redo());
             EXPECT_EQ(session.history().steps()[1].label, "add M a");
             ASSERT_TRUE(session.undo(2));
@@ -301,9 +280,7 @@ TEST_F(EditSessionJournalTest, SaveRefusesOutsideChanges) {
         EXPECT_EQ(session.fileChangeOnDisk(), row.message);
         const EditResult saved = session.save();
         EXPECT_EQ(saved.message(), row.message.empty() ? "" : file + " changed on disk since this session read or wrote it: " + row.message);
-        if(!saved) {
-            ASSERT_TRUE(session.save(DiskChanges::Overwrite));
-        }
+        ASSERT_TRUE(saved || session.save(DiskChanges::Overwrite));
         EXPECT_EQ(session.fileChangeOnDisk(), "");
         EXPECT_NE(readText(file).find("Mine"), std::string::npos);
     }

@@ -9,18 +9,17 @@ using namespace QuelmarTest;
 
 TEST(FileReadingTest, ReadsRegularFilesUpToTheLimit) {
     const TemporaryFolder folder;
-    const std::string& dir = folder.path;
-    writeText(dir + "/four", "four");
+    writeText(folder/"four", "four");
     /* Opened for reading with no writer, a FIFO would block */
-    ASSERT_EQ(::mkfifo((dir + "/fifo").data(), 0600), 0);
+    ASSERT_EQ(::mkfifo((folder/"fifo").data(), 0600), 0);
 
     const struct { const char* name; std::string path; std::size_t limit; const char* text; const char* error; } rows[]{
-        {"within the limit", dir + "/four", 4, "four", ""},
-        {"past the limit", dir + "/four", 3, "", "it is larger than 3 bytes"},
-        {"directory", dir, DefaultMaxFileSize, "", "it is a directory"},
-        {"FIFO", dir + "/fifo", DefaultMaxFileSize, "", "it is a FIFO, not a regular file"},
+        {"within the limit", folder/"four", 4, "four", ""},
+        {"past the limit", folder/"four", 3, "", "it is larger than 3 bytes"},
+        {"directory", folder.path, DefaultMaxFileSize, "", "it is a directory"},
+        {"FIFO", folder/"fifo", DefaultMaxFileSize, "", "it is a FIFO, not a regular file"},
         {"device that never ends", "/dev/zero", DefaultMaxFileSize, "", "it is a device, not a regular file"},
-        {"missing", dir + "/missing", DefaultMaxFileSize, "", "No such file or directory"},
+        {"missing", folder/"missing", DefaultMaxFileSize, "", "No such file or directory"},
     };
     for(const auto& row: rows) {
         SCOPED_TRACE(row.name);

@@ -35,14 +35,8 @@ TEST(QuelmarEditorTest, GraphOfADocument) {
 
     /* Siblings in map order, dangling parents under the root, deleted
        objects left out with everything below them */
-    ASSERT_TRUE(editor.loadFromString(R"({"objects":{
-        "c":{"parent":"a"},
-        "a":{},
-        "b":{"parent":"a","deleted":true},
-        "d":{"parent":"b"},
-        "e":{"parent":"gone"},
-        "f":{"parent":""},
-        "g":{"parent":"c"}}})"));
+    ASSERT_TRUE(editor.loadFromString(R"({"objects":{"c":{"parent":"a"},"a":{},"b":{"parent":"a","deleted":true},"d":{"parent":"b"},)"
+        R"("e":{"parent":"gone"},"f":{"parent":""},"g":{"parent":"c"}}})"));
     EXPECT_EQ(tree(editor), "a()2 c(a)1 g(c)0 e()0 f()0 ");
 
     const unsigned short d = indexOf(editor, "d");
@@ -71,15 +65,9 @@ TEST(QuelmarEditorTest, IndicesAndSelection) {
 TEST(QuelmarEditorTest, CyclesAreBroken) {
     QuelmarEditor editor;
     std::ostringstream out;
-    {
-        Utility::Warning redirect{&out};
-        ASSERT_TRUE(editor.loadFromString(R"({"objects":{
-            "x":{"parent":"z"},
-            "self":{"parent":"self"},
-            "y":{"parent":"x"},
-            "z":{"parent":"y"},
-            "hanger":{"parent":"y"}}})"));
-    }
+    Utility::Warning redirect{&out};
+    ASSERT_TRUE(editor.loadFromString(R"({"objects":{"x":{"parent":"z"},"self":{"parent":"self"},"y":{"parent":"x"},"z":{"parent":"y"},)"
+        R"("hanger":{"parent":"y"}}})"));
     EXPECT_EQ(out.str(),
         "Objects x, z, y are parents of each other, showing x under the root\n"
         "Objects self are parents of each other, showing self under the root\n");
@@ -87,22 +75,16 @@ TEST(QuelmarEditorTest, CyclesAreBroken) {
 
     /* Said once, not at every refresh */
     out.str({});
-    {
-        Utility::Warning redirect{&out};
-        editor.changeManager->pushChange("/objects/x/name", "X", false);
-        EXPECT_EQ(tree(editor), "x()3 y(x)2 z(y)0 hanger(y)0 self()0 ");
-    }
+    editor.changeManager->pushChange("/objects/x/name", "X", false);
+    EXPECT_EQ(tree(editor), "x()3 y(x)2 z(y)0 hanger(y)0 self()0 ");
     EXPECT_EQ(out.str(), "");
 
     /* A move that closes a cycle is said at once, and the member first in
        the map goes under the root; one that opens it puts it back */
-    {
-        Utility::Warning redirect{&out};
-        editor.changeManager->pushChange("/objects/z/parent", "hanger", false);
-        EXPECT_EQ(tree(editor), "x()3 y(x)2 hanger(y)1 z(hanger)0 self()0 ");
-        editor.changeManager->pushChange("/objects/self/parent", "y", false);
-        EXPECT_EQ(tree(editor), "x()4 y(x)3 self(y)0 hanger(y)1 z(hanger)0 ");
-    }
+    editor.changeManager->pushChange("/objects/z/parent", "hanger", false);
+    EXPECT_EQ(tree(editor), "x()3 y(x)2 hanger(y)1 z(hanger)0 self()0 ");
+    editor.changeManager->pushChange("/objects/self/parent", "y", false);
+    EXPECT_EQ(tree(editor), "x()4 y(x)3 self(y)0 hanger(y)1 z(hanger)0 ");
     EXPECT_EQ(out.str(), "Objects x, z, hanger, y are parents of each other, showing x under the root\n");
 }
 
@@ -137,14 +119,12 @@ TEST(QuelmarEditorTest, ObjectLimit) {
 
     /* Objects past the limit stay out of the graph, which stays whole */
     std::ostringstream out;
-    {
-        Utility::Warning redirect{&out};
-        editor.changeManager->beginGroup();
-        for(int i = 0; i != 3; ++i)
-            editor.changeManager->pushChange(Utility::format("/objects/extra{}", i).data(), rapidjson::Value{rapidjson::kObjectType}, false);
-        editor.changeManager->commit();
-        EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 65535);
-    }
+    Utility::Warning redirect{&out};
+    editor.changeManager->beginGroup();
+    for(int i = 0; i != 3; ++i)
+        editor.changeManager->pushChange(Utility::format("/objects/extra{}", i).data(), rapidjson::Value{rapidjson::kObjectType}, false);
+    editor.changeManager->commit();
+    EXPECT_EQ(editor.scene->sceneGraph->header().objectCount, 65535);
     EXPECT_EQ(out.str(), "Objects past the 65534th are left out of the scene, as a project can't have more\n");
     EXPECT_EQ(indexOf(editor, "extra0"), 0);
     EXPECT_EQ(editor.scene->sceneGraph->hierarchy()[0].descendants, 65534);
