@@ -44,13 +44,9 @@ struct Input {
 std::string pickObject(EditSession& session, Input& input) {
     const std::vector<std::string> keys = objectKeys(session);
     const std::uint8_t b = input.byte();
-    switch(b % 8) {
-        case 0: return "";
-        case 1: return "Hips";
-        case 2: return "H*";
-        case 3: return "nobody";
-        default: return keys.empty() ? "" : keys[(b/8) % keys.size()];
-    }
+    static const char* const others[]{"", "Hips", "H*", "nobody"};
+    if(b % 8 < 4) return others[b % 8];
+    return keys.empty() ? "" : keys[(b/8) % keys.size()];
 }
 
 Containers::StringView view(const std::string& text) { return {text.data(), text.size()}; }
@@ -79,14 +75,10 @@ EditResult transform(EditSession& session, Input& input, const std::uint8_t whic
 std::string pickPointer(EditSession& session, Input& input) {
     const std::uint8_t b = input.byte();
     const std::string key = pickObject(session, input);
-    switch(b % 6) {
-        case 0: return "/objects/" + key + "/name";
-        case 1: return "/objects/" + key + "/parent";
-        case 2: return "/objects/" + key + "/transformation";
-        case 3: return "/objects/" + key + "/deleted";
-        case 4: return "/skins/heroSkin/joints/" + std::to_string(input.byte() % 4);
-        default: return input.text();
-    }
+    static const char* const members[]{"/name", "/parent", "/transformation", "/deleted"};
+    if(b % 6 < 4) return "/objects/" + key + members[b % 6];
+    if(b % 6 == 4) return "/skins/heroSkin/joints/" + std::to_string(input.byte() % 4);
+    return input.text();
 }
 
 /* Past this, duplicates and copies are skipped, so that an input that keeps

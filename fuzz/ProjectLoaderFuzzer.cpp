@@ -15,14 +15,13 @@ namespace {
 
 /* Selects every live object, whatever its name; returns how many */
 std::size_t selectEverything(EditSession& session) {
-    std::vector<std::string> live;
-    for(const std::string& key: objectKeys(session)) {
+    const std::vector<std::string> keys = objectKeys(session);
+    std::vector<Containers::StringView> live;
+    for(const std::string& key: keys) {
         const EditResult found = session.findObject({key.data(), key.size()});
-        if(found && found.keys().size() == 1 && found.keys()[0] == key) live.push_back(key);
+        if(found && found.keys().size() == 1 && found.keys()[0] == key) live.emplace_back(key.data(), key.size());
     }
-    std::vector<Containers::StringView> references;
-    for(const std::string& key: live) references.emplace_back(key.data(), key.size());
-    check(bool(session.select({references.data(), references.size()})), "selecting every live object by its key failed");
+    check(bool(session.select({live.data(), live.size()})), "selecting every live object by its key failed");
     return live.size();
 }
 

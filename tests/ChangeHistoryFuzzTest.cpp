@@ -128,11 +128,10 @@ TEST(ChangeHistoryFuzzTest, UndoAndRedoAreExact) {
                 pushValue(path, random.chance(20));
             }
 
-            if(changes.changeCount() != count || changes.lastChangeIndex() != position) ++pushes;
-            if(merge) {
-                if(changes.lastChangeIndex() == position && changes.changeCount() == count) ++merges;
-                else ++refusedMerges;
-            }
+            /* A merge that went through leaves no new record */
+            const bool recorded = changes.changeCount() != count || changes.lastChangeIndex() != position;
+            pushes += recorded;
+            if(merge) ++(recorded ? refusedMerges : merges);
             if(changes.isGroupOpen()) continue;
 
             /* Down to nothing and back up, twice over each position */

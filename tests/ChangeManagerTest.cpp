@@ -20,7 +20,8 @@ namespace {
 /* Runs space-separated steps: "[" opens a group, "]" commits, "<" undoes,
    ">" redoes, "/p" pushes the next of 0, 1, 2... to /p, "=/p" merging,
    "/p+" pushes {"a":} that number instead, "/p:json" that JSON value,
-   "-/p" removes /p, "/p*text" appends the string text to /p */
+   "-/p" removes /p, "/p*text" appends the string text to /p, "s" marks the
+   save, "d" drops the oldest record */
 void run(ChangeManager& changes, const char* script) {
     std::istringstream in{script};
     int value = 0;
@@ -29,6 +30,8 @@ void run(ChangeManager& changes, const char* script) {
         else if(step == "]") changes.commit();
         else if(step == "<") changes.undoLast();
         else if(step == ">") changes.redoLastUndo();
+        else if(step == "s") changes.markSave();
+        else if(step == "d") changes.dropOldest(1);
         else if(step[0] == '-') changes.pushRemoval(step.data() + 1), ++value;
         else if(const std::size_t star = step.find('*'); star != std::string::npos) changes.pushAppend(step.substr(0, star).data(), step.data() + star + 1), ++value;
         else {
@@ -148,23 +151,21 @@ TEST(ChangeManagerApplyTest, ApplyMergeUndoRedo) {
 TEST_F(ChangeManagerTest, CommitNotifiesNewestFirst) {
     /* Nothing to commit, undo or redo yet */
     recordNotifications();
-    run(changes, "] < >");
-    EXPECT_EQ(notified, "");
-    run(changes, "/before [ /c1 /c2 /c3");
-    EXPECT_EQ(notified, "/before ");
-    changes.commit();
-    EXPECT_EQ(notified, "/before /c3 /c2 /c1 ");
+    const auto heard = [&](const char* script) {
+        notified.clear();
+        run(changes, script);
+        return notified;
+    };
+    EXPECT_EQ(heard("] < >"), "");
+    EXPECT_EQ(heard("/before [ /c1 /c2 /c3"), "/before ");
+    EXPECT_EQ(heard("]"), "/c3 /c2 /c1 ");
     /* A nested beginGroup() leaves the first group's records unannounced;
        undo and redo notify at once, a group per step */
-    notified.clear();
-    run(changes, "[ /d1 [ /e1 /e2 ] < < > >");
-    EXPECT_EQ(notified, "/e2 /e1 /e2 /e1 /d1 /d1 /e1 /e2 ");
+    EXPECT_EQ(heard("[ /d1 [ /e1 /e2 ] < < > >"), "/e2 /e1 /e2 /e1 /d1 /d1 /e1 /e2 ");
     EXPECT_EQ(changes.lastChangeIndex(), 6);
     /* A commit with no group open announces the newest ungrouped run again */
     run(changes, "/a /b");
-    notified.clear();
-    changes.commit();
-    EXPECT_EQ(notified, "/b /a ");
+    EXPECT_EQ(heard("]"), "/b /a ");
 }
 
 TEST_F(ChangeManagerTest, Handlers) {
@@ -183,11 +184,8 @@ TEST_F(ChangeManagerTest, Handlers) {
         /* Room grows by 16 at a time; searching an uncompiled map would abort */
         EXPECT_EQ(changes.handlers().capacity(), i < 16 ? 16u : 32u);
     }
-    changes.pushChange("/objects/a1/parent", "p", false);
-    changes.pushChange("/skins/s1/joints", "j", false);
     /* A component equal to the key twice calls the handler twice */
-    changes.pushChange("/objects/a1/objects", "o", false);
-    changes.pushChange("/skins/s1/k16", "k", false);
+    run(changes, R"(/objects/a1/parent:"p" /skins/s1/joints:"j" /objects/a1/objects:"o" /skins/s1/k16:"k")");
     /* Components in path order; the last one keeps the zero byte */
     EXPECT_EQ(heard, text("objects /objects/a1/parent [|objects|a1|parent\0|]\n"
                           "parent /objects/a1/parent [|objects|a1|parent\0|]\n"
@@ -209,42 +207,33 @@ TEST_F(ChangeManagerTest, Handlers) {
 }
 
 TEST_F(ChangeManagerTest, SaveMark) {
-    const auto state = [&] { return std::to_string(changes.changeCount()) + " records, mark " + std::to_string(changes.savedChangeIndex()) + (changes.hasUnsavedChanges() ? " unsaved" : " saved"); };
-    run(changes, "/n /n /n /n");
-    changes.markSave();
-    EXPECT_EQ(state(), "4 records, mark 3 saved");
+    /* The state after running @p script */
+    const auto after = [&](const char* script) {
+        run(changes, script);
+        return std::to_string(changes.changeCount()) + " records, mark " + std::to_string(changes.savedChangeIndex()) +
+            (changes.hasUnsavedChanges() ? " unsaved" : " saved");
+    };
+    EXPECT_EQ(after("/n /n /n /n s"), "4 records, mark 3 saved");
     /* A push drops the redo tail */
-    run(changes, "< < /n");
-    EXPECT_EQ(state(), "3 records, mark 3 unsaved");
+    EXPECT_EQ(after("< < /n"), "3 records, mark 3 unsaved");
     /* A record landing on the saved index: the saved state is gone */
-    run(changes, "/n");
-    EXPECT_EQ(state(), "4 records, mark -1 unsaved");
-    run(changes, "< < < <");
-    EXPECT_EQ(state(), "4 records, mark -1 saved");
+    EXPECT_EQ(after("/n"), "4 records, mark -1 unsaved");
+    EXPECT_EQ(after("< < < <"), "4 records, mark -1 saved");
     /* A merge at the mark leaves it alone, although the document changed */
-    run(changes, "> > > >");
-    changes.markSave();
-    run(changes, "=/n");
-    EXPECT_EQ(state(), "4 records, mark 3 saved");
+    EXPECT_EQ(after("> > > > s =/n"), "4 records, mark 3 saved");
     /* reset() forgets the history, keeps the mark and the open group */
     changes.beginGroup();
     changes.reset(project);
-    EXPECT_EQ(state(), "0 records, mark 3 unsaved");
+    EXPECT_EQ(after(""), "0 records, mark 3 unsaved");
     EXPECT_TRUE(changes.isGroupOpen());
     changes.commit();
 
     /* Dropping the oldest records moves the mark down with them, to the
        state before all for the newest dropped one, out of reach for older */
-    run(changes, "/x /y /z <");
-    changes.markSave();
-    changes.dropOldest(1);
+    EXPECT_EQ(after("/x /y /z < s d"), "2 records, mark 0 saved");
     EXPECT_EQ(paths(changes), "/y /z");
-    EXPECT_EQ(state(), "2 records, mark 0 saved");
-    changes.dropOldest(1);
-    EXPECT_EQ(state(), "1 records, mark -1 saved");
-    changes.redoLastUndo();
-    changes.dropOldest(1);
-    EXPECT_EQ(state(), "0 records, mark " + std::to_string(ChangeManager::SavedStateDropped) + " unsaved");
+    EXPECT_EQ(after("d"), "1 records, mark -1 saved");
+    EXPECT_EQ(after("> d"), "0 records, mark " + std::to_string(ChangeManager::SavedStateDropped) + " unsaved");
 }
 
 TEST_F(ChangeManagerTest, PathArrays) {

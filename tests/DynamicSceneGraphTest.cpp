@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <sstream>
+#include <vector>
 #include <gtest/gtest.h>
 
 #include "QuelmarEngine/host/QuelmarEditor.h"
@@ -56,10 +57,7 @@ TEST_F(DynamicSceneGraphTest, ComposesDownTheTree) {
     /* A child listed before its parent still gets the parent's world */
     load(R"({"objects":{"c":{"parent":"b","transformation":)" + json(c) + R"(},"a":{"transformation":)" + json(a) +
         R"(},"b":{"parent":"a","transformation":)" + json(b) + "}}}");
-    EXPECT_EQ(world(nullptr), Matrix4{});
-    EXPECT_EQ(world("a"), a);
-    EXPECT_EQ(world("b"), a*b);
-    EXPECT_EQ(world("c"), a*b*c);
+    EXPECT_EQ((std::vector<Matrix4>{world(nullptr), world("a"), world("b"), world("c")}), (std::vector<Matrix4>{Matrix4{}, a, a*b, a*b*c}));
     EXPECT_EQ(scaling("b"), Vector3{2.0f});
     /* Another computation after a change sees the new local matrix */
     editor.changeManager->pushRemoval("/objects/a/transformation");

@@ -1,3 +1,4 @@
+#include <tuple>
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
 
@@ -57,9 +58,7 @@ TEST(JsonPointerTest, GetCreateErase) {
         EXPECT_EQ(pointer.get(document) != nullptr, row.existed);
         bool existed = !row.existed;
         rapidjson::Value& created = pointer.create(document, document.GetAllocator(), &existed);
-        EXPECT_EQ(existed, row.existed);
-        EXPECT_EQ(pointer.get(document), &created);
-        EXPECT_EQ(writeJson(document), row.afterCreate);
+        EXPECT_EQ(std::make_tuple(existed, pointer.get(document), writeJson(document)), std::make_tuple(row.existed, &created, row.afterCreate));
 
         rapidjson::Document erased = parse(row.before);
         EXPECT_EQ(pointer.erase(erased), row.existed);

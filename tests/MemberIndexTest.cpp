@@ -30,6 +30,11 @@ TEST(MemberIndexTest, AnswersAsAScanThroughEveryEdit) {
     struct Taken { rapidjson::SizeType position; rapidjson::Value name, value; };
     std::vector<Taken> taken;
     auto take = [&](rapidjson::SizeType position) { taken.push_back({position, {}, {}}); index.erase(map, position, taken.back().name, taken.back().value); };
+    /* The newest taken member appended through the index */
+    auto appendTaken = [&] {
+        index.append(map, std::move(taken.back().name), std::move(taken.back().value), allocator);
+        taken.pop_back();
+    };
 
     /* The second half edits through the index only, with fresh names, so that
        dead slots pile up */
@@ -54,10 +59,7 @@ TEST(MemberIndexTest, AnswersAsAScanThroughEveryEdit) {
                    and redone */
                 if(count) {
                     take(count - 1);
-                    if(random() % 2) {
-                        index.append(map, std::move(taken.back().name), std::move(taken.back().value), allocator);
-                        taken.pop_back();
-                    }
+                    if(random() % 2) appendTaken();
                 }
                 break;
             case 4:
@@ -109,10 +111,7 @@ TEST(MemberIndexTest, AnswersAsAScanThroughEveryEdit) {
                 break;
             case 11:
                 /* Put back last rather than where it stood */
-                if(!taken.empty() && !has(taken.back().name.GetString())) {
-                    index.append(map, std::move(taken.back().name), std::move(taken.back().value), allocator);
-                    taken.pop_back();
-                }
+                if(!taken.empty() && !has(taken.back().name.GetString())) appendTaken();
                 break;
             default: break;
         }

@@ -1,6 +1,7 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <gtest/gtest.h>
 #include <Corrade/Utility/Debug.h>
 
@@ -15,6 +16,14 @@
 using namespace QuelmarEngine;
 
 namespace {
+
+/* "objects" with @p count records, keyed @p prefix and their number, named by the number */
+std::string manyObjects(const char* prefix, const int count) {
+    std::string json = "{\"objects\":{";
+    for(int i = 0; i != count; ++i)
+        json += (i ? ",\"" : "\"") + std::string{prefix} + std::to_string(i) + "\":{\"name\":\"" + std::to_string(i) + "\"}";
+    return json + "}}";
+}
 
 TEST(ProjectFileTest, LoadRefusalsKeepTheDocument) {
     std::string tooMany = "{\"objects\":{\"0\":{}";
@@ -53,14 +62,11 @@ TEST(ProjectFileTest, Accessors) {
     ProjectFile project;
     ASSERT_TRUE(project.loadFromString(R"({"objects":{"a":{"name":"A","n":3,"deleted":true,"components":[{"type":"mesh"},{}]}}})"));
     const ValueAccess a{project["objects"]->subValue("a")};
-    EXPECT_STREQ(a["name"].asString(), "A");
-    EXPECT_FALSE(a["n"].asString());
-    EXPECT_TRUE(a["deleted"].asBool());
-    EXPECT_FALSE(a["missing"].asBool());
-    EXPECT_EQ(a["components"].size(), 2);
-    EXPECT_EQ(a["missing"].size(), 0);
-    EXPECT_FALSE(a["components"]->operator[](2).exists());
-    EXPECT_TRUE(a["missing"].readValue().IsNull());
+    /* A string, a number read as a string, flags, sizes, an element past the end, a missing member read as null */
+    EXPECT_EQ(std::make_tuple(std::string{a["name"].asString()}, a["n"].asString(), a["deleted"].asBool(), a["missing"].asBool()),
+        std::make_tuple(std::string{"A"}, nullptr, true, false));
+    EXPECT_EQ(std::make_tuple(a["components"].size(), a["missing"].size(), a["components"]->operator[](2).exists(), a["missing"].readValue().IsNull()),
+        std::make_tuple(2, 0, false, true));
     /* Paths escape what a name holds */
     EXPECT_EQ(std::string(a["components"]->operator[](1).path().data()), "/objects/a/components/1");
     EXPECT_EQ(std::string(project.subValue("x/y~").path().data()), "/x~1y~0");
@@ -71,40 +77,31 @@ TEST(ProjectFileTest, Accessors) {
     project["objects"]->subValue("b")->subValue("parent").setNull(false);
     EXPECT_EQ(writeJson(*project.document), R"({"objects":{"a":{"name":"A","n":3,"deleted":true,"components":[{"type":"light"},{}],"parent":"p"},"b":{"parent":null}}})");
 
-    EXPECT_EQ(project.getValue("/objects/a/n", false)->GetInt(), 3);
-    EXPECT_FALSE(project.getValue("not a pointer", false));
-    EXPECT_TRUE(project.resourceByName(Containers::String{"objects"}, Containers::String{"A"}));
-    EXPECT_FALSE(project.resourceByName(Containers::String{"skins"}, Containers::String{"A"}));
+    EXPECT_EQ(std::make_tuple(project.getValue("/objects/a/n", false)->GetInt(), project.getValue("not a pointer", false)), std::make_tuple(3, nullptr));
+    EXPECT_EQ(std::make_tuple(bool(project.resourceByName(Containers::String{"objects"}, Containers::String{"A"})),
+        bool(project.resourceByName(Containers::String{"skins"}, Containers::String{"A"}))), std::make_tuple(true, false));
 }
 
 /* A host may replace the document or rename a member in place; lookups in
    an indexed map stay right and never read freed memory */
 TEST(ProjectFileTest, DirectEditsOfTheDocument) {
-    auto text = [](const char* prefix) {
-        std::string json = "{\"objects\":{";
-        for(int i = 0; i != 200; ++i)
-            json += (i ? ",\"" : "\"") + std::string{prefix} + std::to_string(i) + "\":{\"name\":\"" + std::to_string(i) + "\"}";
-        return json + "}}";
-    };
     ProjectFile project;
     auto name = [&](const char* path) -> std::string { const rapidjson::Value* const value = project.getValue(path, false); return value ? value->GetString() : "(none)"; };
-    ASSERT_TRUE(project.loadFromString(text("k").data()));
+    ASSERT_TRUE(project.loadFromString(manyObjects("k", 200).data()));
     EXPECT_EQ(name("/objects/k150/name"), "150");
 
     /* A new document in place of the old one, which is gone */
     auto replacement = Containers::pointer<rapidjson::Document>();
-    replacement->Parse(text("j").data());
+    replacement->Parse(manyObjects("j", 200).data());
     project.document = std::move(replacement);
-    EXPECT_EQ(name("/objects/k150/name"), "(none)");
-    EXPECT_EQ(name("/objects/j150/name"), "150");
+    EXPECT_EQ(name("/objects/k150/name") + " " + name("/objects/j150/name"), "(none) 150");
 
     /* A member renamed in place takes the documented call; members taken
        out and added behind the index's back are MemberIndexTest's */
     rapidjson::Value& objects = (*project.document)["objects"];
     objects.MemberBegin()->name.SetString("renamed", project.allocator());
     project.documentChanged();
-    EXPECT_EQ(name("/objects/renamed/name"), "0");
-    EXPECT_EQ(name("/objects/j0/name"), "(none)");
+    EXPECT_EQ(name("/objects/renamed/name") + " " + name("/objects/j0/name"), "0 (none)");
 }
 
 /* The name index follows whatever the change manager and the accessors do,
@@ -158,9 +155,7 @@ TEST(ProjectFileTest, EditorWithStaticStorage) {
     /* Destroyed after main() returns; nothing that its project file touches
        then may be gone already */
     static QuelmarEditor editor;
-    std::string json = "{\"objects\":{";
-    for(int i = 0; i != 100; ++i) json += (i ? ",\"k" : "\"k") + std::to_string(i) + "\":{}";
-    ASSERT_TRUE(editor.loadFromString((json + "}}").data()));
+    ASSERT_TRUE(editor.loadFromString(manyObjects("k", 100).data()));
     deleteResource(editor, "objects", "k50");
     editor.changeManager->undoLast();
     EXPECT_TRUE(editor.data.project.getValue("/objects/k50", false));

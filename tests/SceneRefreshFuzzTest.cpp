@@ -114,20 +114,15 @@ struct Session {
                     changes.pushChange("/objects", objects, false);
                 } break;
                 case 14: case 15: {
-                    std::vector<const char*> keys;
-                    for(const std::string& k: selected) keys.push_back(k.data());
-                    StringArray array{keys.size()};
-                    for(const char* k: keys) array.add(k);
+                    StringArray array{selected.size()};
+                    for(const std::string& k: selected) array.add(k.data());
                     selectObjects(*editor, array);
                     if(kind == 14) duplicate(*editor);
                     else duplicateTrees(*editor);
                 } break;
-                case 16: {
-                    for(const bool back: undo) {
-                        if(back) changes.undoLast();
-                        else changes.redoLastUndo();
-                    }
-                } break;
+                case 16:
+                    for(const bool back: undo) back ? changes.undoLast() : changes.redoLastUndo();
+                    break;
             }
         }
     }
@@ -145,41 +140,24 @@ struct Session {
     QuelmarEditor kept, rebuilt;
 };
 
-/* Everything a command can read of the scene */
-void expectSameScene(QuelmarEditor& a, QuelmarEditor& b) {
-    ASSERT_EQ(std::string{a.data.project.toJson().data()}, std::string{b.data.project.toJson().data()});
-    auto& ga = *a.scene->sceneGraph;
-    auto& gb = *b.scene->sceneGraph;
-    const std::size_t count = ga.header().objectCount;
-    ASSERT_EQ(count, gb.header().objectCount);
-    for(std::size_t p = 0; p != count; ++p) {
-        SCOPED_TRACE(p);
-        const auto& ha = ga.hierarchy()[p];
-        const auto& hb = gb.hierarchy()[p];
-        ASSERT_EQ(ga.positionToIndex()[p], gb.positionToIndex()[p]);
-        ASSERT_EQ(std::make_tuple(ha.parent, ha.depth, ha.descendants, ha.childCount), std::make_tuple(hb.parent, hb.depth, hb.descendants, hb.childCount));
-        ASSERT_EQ(ga.localTransformations()[p], gb.localTransformations()[p]);
+/* Everything a command can read of an editor's scene, as one value to compare */
+auto snapshot(QuelmarEditor& editor) {
+    const auto& graph = *editor.scene->sceneGraph;
+    std::vector<std::tuple<unsigned short, unsigned short, unsigned short, unsigned short, unsigned short, Magnum::Matrix4>> positions;
+    for(std::size_t p = 0; p != graph.header().objectCount; ++p) {
+        const auto& h = graph.hierarchy()[p];
+        positions.emplace_back(graph.positionToIndex()[p], h.parent, h.depth, h.descendants, h.childCount, graph.localTransformations()[p]);
     }
-    ASSERT_EQ(ga.indexToPosition().size(), gb.indexToPosition().size());
-    ASSERT_EQ(ga.objectKeys().size(), ga.indexToPosition().size());
-    ASSERT_EQ(gb.objectKeys().size(), gb.indexToPosition().size());
-    for(std::size_t i = 0; i != ga.indexToPosition().size(); ++i) {
-        SCOPED_TRACE(i);
-        ASSERT_EQ(ga.indexToPosition()[i], gb.indexToPosition()[i]);
-        ASSERT_EQ(std::string{ga.objectKeys().get(i)}, std::string{gb.objectKeys().get(i)});
-    }
-
-    const auto entries = [](QuelmarEditor& editor) {
-        std::vector<std::pair<std::string, unsigned short>> out;
-        for(const auto& entry: editor.objectLookup->keyToIndex()) out.emplace_back(entry.first.data(), entry.second);
-        std::sort(out.begin(), out.end());
-        return out;
-    };
-    ASSERT_EQ(entries(a), entries(b));
-
-    ASSERT_EQ(a.data.selectionSize(), b.data.selectionSize());
-    for(std::size_t i = 0; i != a.data.selectionSize(); ++i)
-        ASSERT_EQ(a.data.isSelected((unsigned short)i), b.data.isSelected((unsigned short)i)) << i;
+    EXPECT_EQ(graph.objectKeys().size(), graph.indexToPosition().size());
+    std::vector<std::pair<unsigned short, std::string>> indices;
+    for(std::size_t i = 0; i != std::min<std::size_t>(graph.indexToPosition().size(), graph.objectKeys().size()); ++i)
+        indices.emplace_back(graph.indexToPosition()[i], graph.objectKeys().get(i));
+    std::vector<std::pair<std::string, unsigned short>> entries;
+    for(const auto& entry: editor.objectLookup->keyToIndex()) entries.emplace_back(entry.first.data(), entry.second);
+    std::sort(entries.begin(), entries.end());
+    std::vector<bool> selection;
+    for(std::size_t i = 0; i != editor.data.selectionSize(); ++i) selection.push_back(editor.data.isSelected((unsigned short)i));
+    return std::make_tuple(std::string{editor.data.project.toJson().data()}, positions, graph.indexToPosition().size(), indices, entries, selection);
 }
 
 /* The sanitizer build is many times slower and runs a sixth of the sessions */
@@ -200,8 +178,7 @@ TEST(SceneRefreshFuzzTest, FollowsEveryChangeAsARebuildWould) {
         for(int step = 0; step != 60; ++step) {
             SCOPED_TRACE(step);
             session.step();
-            expectSameScene(session.kept, session.rebuilt);
-            if(HasFatalFailure()) return;
+            ASSERT_EQ(snapshot(session.kept), snapshot(session.rebuilt));
         }
     }
 }

@@ -1,5 +1,6 @@
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <gmock/gmock.h>
 
 #include "QuelmarEngine/StaticMap.h"
@@ -15,8 +16,8 @@ TEST(StaticMapTest, FindsOnlyWholeKeys) {
     map.put("", 3);
     EXPECT_FALSE(map.isCompiled());
     map.compile();
-    EXPECT_STREQ(map.entries()[0].key, "");
-    EXPECT_STREQ(map.entries()[2].key, "objects");
+    /* Sorted by key */
+    EXPECT_EQ(std::string{map.entries()[0].key} + "|" + map.entries()[1].key + "|" + map.entries()[2].key, "|name|objects");
     /* With n counting the zero byte only a whole key matches, without it a
        key is found by its prefix; 0 is for none */
     const struct { const char* key; std::size_t n; int expected; } rows[]{
@@ -36,9 +37,7 @@ TEST(StaticMapTest, FindsOnlyWholeKeys) {
     /* grow and clear keep the compiled state, clear keeps the capacity */
     map.grow(16);
     map.clear();
-    EXPECT_TRUE(map.isCompiled());
-    EXPECT_EQ(map.capacity(), 20u);
-    EXPECT_FALSE(map.findn("name", 5));
+    EXPECT_EQ(std::make_tuple(map.isCompiled(), map.capacity(), map.findn("name", 5)), std::make_tuple(true, 20u, nullptr));
 }
 
 TEST(StaticMapDeathTest, FatalErrors) {

@@ -1,3 +1,4 @@
+#include <utility>
 #include <gtest/gtest.h>
 
 #include <Corrade/Containers/StringView.h>
@@ -10,10 +11,8 @@ TEST(StringTest, ViewFlagsStayOutOfSizeAndEquality) {
     const char text[] = "hello";
     const StringView literal = text;
     const StringView flagged{text, 5, StringViewFlag::Global|StringViewFlag::NullTerminated};
-    EXPECT_EQ(literal.flags(), StringViewFlag::NullTerminated);
-    EXPECT_EQ(flagged.flags(), StringViewFlag::Global|StringViewFlag::NullTerminated);
-    EXPECT_EQ(literal.size(), 5u);
-    EXPECT_EQ(flagged.size(), 5u);
+    EXPECT_EQ(std::make_pair(literal.flags(), literal.size()), std::make_pair(Containers::StringViewFlags{StringViewFlag::NullTerminated}, std::size_t{5}));
+    EXPECT_EQ(std::make_pair(flagged.flags(), flagged.size()), std::make_pair(StringViewFlag::Global|StringViewFlag::NullTerminated, std::size_t{5}));
 
     struct { const char* name; StringView a, b; bool equal; } cases[]{
         {"flags differ", literal, flagged, true},
