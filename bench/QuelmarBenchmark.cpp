@@ -257,24 +257,6 @@ void registerSessionSteps(const std::size_t n, const int iterations) {
     }
 }
 
-/* What the journal adds to the duplicate of 5,000 objects: its entry built
-   from the step's records and framed, without the write */
-void registerJournalEntry(const std::size_t n, const int iterations) {
-    const std::size_t count = std::min<std::size_t>(5000, n/2);
-    registerManual("journalEntry/duplicate" + std::to_string(count) + "/project/" + std::to_string(n), [=](benchmark::State& state) {
-        StringArray keys{count};
-        for(std::size_t i = 0; i != count; ++i) keys.add(objectKey(i).data());
-        Project& p = project(n);
-        measure(state, 1, [&](std::size_t) { selectObjects(p.editor, keys); duplicate(p.editor); }, [&]{
-            const ChangeManager& manager = *p.editor.changeManager;
-            JournalStep entry{"duplicate"};
-            for(int i = manager.lastChangeIndex(); i >= 0 && manager.change(i).group == manager.change(manager.lastChangeIndex()).group; --i)
-                entry.add({manager.change(i).path.data(), manager.change(i).path.size() - 1}, manager.change(i).newValue.get());
-            benchmark::DoNotOptimize(journalFrame(entry.finish()));
-        }, [&](std::size_t) { p.editor.changeManager->undoLast(); });
-    }, iterations);
-}
-
 void registerLoadAndSave(const std::size_t n, const int iterations) {
     const std::string size = std::to_string(n);
     registerManual("load/project/" + size, [=](benchmark::State& state) {
@@ -332,7 +314,6 @@ int main(int argc, char** argv) {
         registerRename(n);
         registerDuplicate(n, 10);
         registerSessionSteps(n, 10);
-        registerJournalEntry(n, 10);
         registerLoadAndSave(n, 10);
     }
     benchmark::Initialize(&count, arguments.data());
