@@ -56,6 +56,19 @@ inline std::string documentOf(EditSession& session) {
     return session.editor().data.project.toJson().data();
 }
 
+/* What an action did since the history held @p undoBefore steps: either no
+   step and the document still @p before, or one step that undo takes back to
+   @p before and redo brings back; leaves the session at @p before. @p what
+   names the action in the messages. */
+inline void checkOneStep(EditSession& session, const std::string& before, const std::size_t undoBefore, const std::string& what) {
+    const std::string after = documentOf(session);
+    if(session.undoCount() == undoBefore) return check(after == before, (what + " left no step but changed the document").data());
+    check(session.undoCount() == undoBefore + 1 && session.redoCount() == 0, (what + " left other than one step").data());
+    check(session.undo() && documentOf(session) == before, ("undoing " + what + " didn't give the document before it").data());
+    check(session.redo() && documentOf(session) == after, ("redoing " + what + " didn't give the document after it").data());
+    check(session.undo() && documentOf(session) == before, ("undoing " + what + " again didn't give the document before it").data());
+}
+
 /* Keys of the records of "objects", in the order of the map */
 inline std::vector<std::string> objectKeys(EditSession& session) {
     std::vector<std::string> keys;
