@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "QuelmarEngine/host/AtomicFile.h"
-#include "TestFiles.h"
+#include "TestSupport.h"
 
 using namespace QuelmarEngine;
 using namespace QuelmarTest;

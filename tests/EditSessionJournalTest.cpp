@@ -13,7 +13,7 @@
 #include <Corrade/Utility/FormatStl.h>
 
 #include "QuelmarEngine/host/EditSession.h"
-#include "TestFiles.h"
+#include "TestSupport.h"
 
 using namespace QuelmarEngine;
 using namespace QuelmarTest;

@@ -7,7 +7,7 @@
 #include "QuelmarEngine/ChangeManager.h"
 #include "QuelmarEngine/Tools/ProjectTools.h"
 #include "QuelmarEngine/host/EditSession.h"
-#include "TestFiles.h"
+#include "TestSupport.h"
 
 using namespace QuelmarEngine;
 using namespace QuelmarTest;
@@ -24,18 +24,6 @@ const char* const Scene = R"({"objects":{"a":{"name":"A"},)"
 
 Containers::StringView view(const std::string& text) {
     return {text.data(), text.size()};
-}
-
-std::string join(const StringArrayView& keys) {
-    std::string out;
-    for(std::size_t i = 0; i != keys.size(); ++i) out += (i ? " " : "") + std::string{keys.get(i)};
-    return out;
-}
-
-std::string join(const std::vector<std::string>& keys) {
-    std::string out;
-    for(const std::string& key: keys) out += (out.empty() ? "" : " ") + key;
-    return out;
 }
 
 struct EditSessionTest: testing::Test {

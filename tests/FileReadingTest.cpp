@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "QuelmarEngine/host/FileReading.h"
-#include "TestFiles.h"
+#include "TestSupport.h"
 
 using namespace QuelmarEngine;
 using namespace QuelmarTest;

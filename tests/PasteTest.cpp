@@ -11,16 +11,12 @@
 
 #include "QuelmarEngine/Tools/ProjectTools.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
+#include "TestSupport.h"
 
 using namespace QuelmarEngine;
+using namespace QuelmarTest;
 
 namespace {
-
-std::string join(const StringArrayView& keys) {
-    std::string out;
-    for(std::size_t i = 0; i != keys.size(); ++i) out += (i ? " " : "") + std::string{keys.get(i)};
-    return out;
-}
 
 const std::string SceneFile = std::string{__FILE__}.substr(0, std::string{__FILE__}.rfind('/')) + "/../examples/scene.json";
 

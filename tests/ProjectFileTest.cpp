@@ -11,7 +11,7 @@
 #include "QuelmarEngine/JsonWriter.h"
 #include "QuelmarEngine/host/ProjectFile.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
-#include "TestFiles.h"
+#include "TestSupport.h"
 
 using namespace QuelmarEngine;
 

@@ -17,7 +17,7 @@
 
 #include "QuelmarEngine/JsonReader.h"
 #include "QuelmarEngine/JsonWriter.h"
-#include "TestFiles.h"
+#include "TestSupport.h"
 
 using namespace QuelmarTest;
 

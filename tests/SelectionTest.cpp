@@ -7,17 +7,13 @@
 #include "QuelmarEngine/Tools/ProjectTools.h"
 #include "QuelmarEngine/Tools/Implementation/Selection.h"
 #include "QuelmarEngine/host/QuelmarEditor.h"
+#include "TestSupport.h"
 
 using namespace QuelmarEngine;
+using namespace QuelmarTest;
 using testing::Eq;
 
 namespace {
-
-std::string join(const StringArrayView& keys) {
-    std::string out;
-    for(std::size_t i = 0; i != keys.size(); ++i) out += (i ? " " : "") + std::string{keys.get(i)};
-    return out;
-}
 
 struct SelectionTest: testing::Test {
     /* Map order differs from tree order: "f" gets the lowest index but comes last. a ─ b ─ c, a ─ d, e ─ f */

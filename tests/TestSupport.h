@@ -1,7 +1,7 @@
-#ifndef Quelmar_tests_TestFiles_h
-#define Quelmar_tests_TestFiles_h
-/* Files for the tests: whole files read and written, and a folder of a
-   test's own that goes away with everything in it. */
+#ifndef Quelmar_tests_TestSupport_h
+#define Quelmar_tests_TestSupport_h
+/* What the tests share: whole files read and written, a folder of a test's
+   own that goes away with everything in it, and keys as one line of text. */
 
 #include <cstdlib>
 #include <fstream>
@@ -9,8 +9,24 @@
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
+
+#include "QuelmarEngine/host/StringArray.h"
 
 namespace QuelmarTest {
+
+/* The keys separated by spaces */
+inline std::string join(const QuelmarEngine::StringArrayView& keys) {
+    std::string out;
+    for(std::size_t i = 0; i != keys.size(); ++i) out += (i ? " " : "") + std::string{keys.get(i)};
+    return out;
+}
+
+inline std::string join(const std::vector<std::string>& keys) {
+    std::string out;
+    for(const std::string& key: keys) out += (out.empty() ? "" : " ") + key;
+    return out;
+}
 
 inline std::string readText(const std::string& path) {
     std::ostringstream text;
