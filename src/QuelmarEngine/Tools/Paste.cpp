@@ -72,6 +72,13 @@ void mirrorParent(ChangeManager& changes, Change& record, const rapidjson::Value
     else stored.AddMember(rapidjson::Value{"parent", changes.allocator()}, std::move(copy), changes.allocator());
 }
 
+/* The new key of the pasted object that the "parent" @p parentKey names, if
+   any. A "parent" of "" means the root, as it does in the document, even
+   when a pasted object has the empty key. */
+const Containers::String* pastedParent(const KeyMap& objectKeys, const rapidjson::Value* const parentKey) {
+    return isString(parentKey) && parentKey->GetStringLength() ? find(objectKeys, parentKey) : nullptr;
+}
+
 /* Pushes a copy of the object @p record under @p key with its "parent"
    rewired: to the new key of a pasted parent, else to @p parent, else null.
    Rewired before the push, the document and the history get the same record
@@ -80,12 +87,9 @@ void pushObject(QuelmarEditor& editor, const KeyMap& objectKeys, const char* con
     ChangeManager& changes = *editor.changeManager;
     JsonAllocator& allocator = changes.allocator();
 
-    /* A "parent" of "" means the root, as it does in the document, even
-       when a pasted object has the empty key */
-    const rapidjson::Value* const parentKey = findMember(record, "parent");
     rapidjson::Value newParent;
-    if(const Containers::String* const pastedParent = isString(parentKey) && parentKey->GetStringLength() ? find(objectKeys, parentKey) : nullptr)
-        newParent.SetString(pastedParent->data(), rapidjson::SizeType(pastedParent->size()), allocator);
+    if(const Containers::String* const pasted = pastedParent(objectKeys, findMember(record, "parent")))
+        newParent.SetString(pasted->data(), rapidjson::SizeType(pasted->size()), allocator);
     else if(parent)
         newParent.SetString(parent, allocator);
 
@@ -102,9 +106,7 @@ void pushObject(QuelmarEditor& editor, const KeyMap& objectKeys, const char* con
        goes where the path leads and into the newest record, as it always
        did */
     SubValueAccess parentAccess = editor.data.project["objects"]->subValue(key.data())->subValue("parent");
-    const rapidjson::Value* const padded = parentAccess.value();
-    const Containers::String* const pastedParent = isString(padded) && padded->GetStringLength() ? find(objectKeys, padded) : nullptr;
-    if(pastedParent) parentAccess.setString(*pastedParent, false);
+    if(const Containers::String* const pasted = pastedParent(objectKeys, parentAccess.value())) parentAccess.setString(*pasted, false);
     else if(parent) parentAccess.setString(parent, false);
     else parentAccess.setNull(false);
     mirrorParent(changes, changes.lastChange(), *parentAccess.value());
